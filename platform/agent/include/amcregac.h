@@ -5,8 +5,8 @@
  * Conventions
  *  1. Every function gives TRUE on success and FALSE on failure; outputs are untouched on failure.
  *  2. Paths are relative to HKEY_LOCAL_MACHINE, which the key out-parameter receives (may be null).
- *  3. *lpdwSize is the capacity of lpPath in bytes with the terminator on entry and the size used on
- *     success. With a size of 0 the needed size is stored, lpPath is untouched and the result is
+ *  3. *lpdwSize is the capacity of lpPath in bytes with the terminator on entry and the size used
+ * on success. With a size of 0 the needed size is stored, lpPath is untouched and the result is
  *     TRUE; a size that is too small gives FALSE.
  *  4. Thread safety: every function may be called from any thread; nothing is kept between calls.
  */

@@ -22,7 +22,8 @@ extern "C" {
 /* Creates the key lpKey below hRoot, or finds it there. */
 NTWIN32_API BOOL AMACRERegCreateKey(HKEY hRoot, const char *lpKey) NTWIN32_NOEXCEPT;
 
-/* Stores lpText as REG_SZ, terminator included, in an existing key; fails when the key is missing. */
+/* Stores lpText as REG_SZ, terminator included, in an existing key; fails when the key is missing.
+ */
 NTWIN32_API BOOL AMACRERegWriteSz(HKEY hRoot, const char *lpKey, const char *lpValueName,
                                   const char *lpText) NTWIN32_NOEXCEPT;
 
@@ -56,7 +57,8 @@ NTWIN32_API BOOL UUCdEnCodingToMemory(const void *lpData, DWORD dwSize, void **l
  * Converts the half-width katakana (A1 to DF) of a Shift-JIS text to full-width ones; voiced and
  * semi-voiced marks join the half-width katakana before them where Shift-JIS has the character.
  * Everything else is copied. Reading stops at dwSourceLength bytes or at the first zero byte; the
- * result is terminated when dwDestSize leaves room for the zero. Fails when the result does not fit.
+ * result is terminated when dwDestSize leaves room for the zero. Fails when the result does not
+ * fit.
  */
 NTWIN32_API int kes_AnkZen(const char *lpSource, DWORD dwSourceLength, DWORD dwDestSize,
                            char *lpDest) NTWIN32_NOEXCEPT;
@@ -74,8 +76,8 @@ NTWIN32_API int ecm_SJIStoEUC(const char *lpSource, DWORD dwSourceLength, DWORD 
 
 /*
  * Encodes the password lpPassword (at most RAS_MAX_PASSWORD bytes) into a printable text of at most
- * RAS_ENCODED_CAPACITY bytes, terminator included, in lpEncoded (capacity dwCapacity): authenticated
- * encryption under the host's key file, which is made on first use.
+ * RAS_ENCODED_CAPACITY bytes, terminator included, in lpEncoded (capacity dwCapacity):
+ * authenticated encryption under the host's key file, which is made on first use.
  */
 NTWIN32_API BOOL Ras_Encode(const char *lpPassword, char *lpEncoded,
                             DWORD dwCapacity) NTWIN32_NOEXCEPT;

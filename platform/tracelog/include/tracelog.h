@@ -2,11 +2,11 @@
  * libtracelog: the trace log of the system's programs.
  *
  * Conventions
- *  1. A program calls TraceLogInit once; before that nothing is written to a file. A log that cannot
- *     be opened or written never stops the program.
- *  2. The log is <state>/log/<program>.log (state: "/var/opt/xev/kestro_sa", or KES_STATE), mode 0600,
- *     one line a record: time with microseconds, process id, level, source, function, line, text. In
- *     the text the backslash and the control bytes (00 to 1F, 7F, and 80 to 9F but 8E and 8F, which
+ *  1. A program calls TraceLogInit once; before that nothing is written to a file. A log that
+ * cannot be opened or written never stops the program.
+ *  2. The log is <state>/log/<program>.log (state: "/var/opt/xev/kestro_sa", or KES_STATE), mode
+ * 0600, one line a record: time with microseconds, process id, level, source, function, line, text.
+ * In the text the backslash and the control bytes (00 to 1F, 7F, and 80 to 9F but 8E and 8F, which
  *     begin EUC-JP characters) are escaped as \xHH, so that no text can forge a record or a line.
  *  3. Levels: 0 entry, exit and notes; 1 failures; 2 failed allocations; 3 the import's result.
  *  4. Thread safety: every function may be called from any thread. A record of several processes is
@@ -66,8 +66,8 @@ typedef struct TRACELOG_RECORD {
 
 typedef void (*TRACELOG_LISTENER)(const TRACELOG_RECORD *lpRecord, void *lpContext);
 
-/* Sets the listener of this process (null: none). It hears every record of every level, also without
-   a log, in the thread that traces; it must not trace itself. */
+/* Sets the listener of this process (null: none). It hears every record of every level, also
+   without a log, in the thread that traces; it must not trace itself. */
 TRACELOG_API void TraceLogSetListener(TRACELOG_LISTENER pfnListener,
                                       void *lpContext) TRACELOG_NOEXCEPT;
 

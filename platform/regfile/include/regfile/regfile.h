@@ -3,12 +3,13 @@
 // Conventions
 //  1. A file is UTF-16LE with a byte order mark, or UTF-8 with or without one; lines end with CR LF
 //     or LF. The form is the one that the Windows documentation gives for .reg files: "[key]",
-//     "[-key]", "name"="text", "name"=dword:, hex:, hex(n):, "name"=-, @ for the default value, lines
-//     continued by a trailing backslash, comments from ';'.
+//     "[-key]", "name"="text", "name"=dword:, hex:, hex(n):, "name"=-, @ for the default value,
+//     lines continued by a trailing backslash, comments from ';'.
 //  2. Paths are handed out below HKEY_LOCAL_MACHINE, without it; no other root is known.
-//  3. Texts of a file are Unicode, texts of the registry are EUC-JP. Quoted text becomes EUC-JP with a
-//     terminating zero; a character that EUC-JP lacks is a problem. A text whose bytes do not survive
-//     the way there and back is written as hex(1): with its bytes.
+//  3. Texts of a file are Unicode, texts of the registry are EUC-JP. Quoted text becomes EUC-JP
+//  with a
+//     terminating zero; a character that EUC-JP lacks is a problem. A text whose bytes do not
+//     survive the way there and back is written as hex(1): with its bytes.
 //  4. Lines and columns count from 1, columns in characters.
 #ifndef REGFILE_REGFILE_H
 #define REGFILE_REGFILE_H

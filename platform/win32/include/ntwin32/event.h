@@ -20,8 +20,8 @@ extern "C" {
 #define WAIT_FAILED 0xFFFFFFFFu
 #define INFINITE 0xFFFFFFFFu
 
-/* Makes an event without a name: lpName must be null. lpEventAttributes is ignored. With bManualReset
-   0 a wait that succeeds takes the signal away. */
+/* Makes an event without a name: lpName must be null. lpEventAttributes is ignored. With
+   bManualReset 0 a wait that succeeds takes the signal away. */
 NTWIN32_API HANDLE CreateEvent(const void *lpEventAttributes, BOOL bManualReset, BOOL bInitialState,
                                const char *lpName) NTWIN32_NOEXCEPT;
 

@@ -2,8 +2,8 @@
  * Files of libNTwin32, made for reading removable media.
  *
  * Conventions
- *  1. CreateFile gives INVALID_HANDLE_VALUE on failure; the other functions give non-zero on success
- *     and 0 on failure. GetLastError() tells the reason.
+ *  1. CreateFile gives INVALID_HANDLE_VALUE on failure; the other functions give non-zero on
+ * success and 0 on failure. GetLastError() tells the reason.
  *  2. A file is opened without following a link in its last component and without waiting, and only
  *     when it is a regular file. Reading stops at 4 MiB: the read that would pass it fails.
  *  3. A handle belongs to its caller, who gives it to CloseHandle once. Handles fit 32 bits.
@@ -28,9 +28,10 @@ extern "C" {
 
 /*
  * Opens the existing file lpFileName (a path in the file system's bytes) for reading.
- * dwDesiredAccess must be GENERIC_READ and dwCreationDisposition OPEN_EXISTING; with dwShareMode 0 an
- * advisory lock is not taken (the medium may be read-only). lpSecurityAttributes and hTemplateFile
- * are ignored. INVALID_HANDLE_VALUE: absent, no regular file, a link, not readable, wrong arguments.
+ * dwDesiredAccess must be GENERIC_READ and dwCreationDisposition OPEN_EXISTING; with dwShareMode 0
+ * an advisory lock is not taken (the medium may be read-only). lpSecurityAttributes and
+ * hTemplateFile are ignored. INVALID_HANDLE_VALUE: absent, no regular file, a link, not readable,
+ * wrong arguments.
  */
 NTWIN32_API HANDLE CreateFile(const char *lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode,
                               const void *lpSecurityAttributes, DWORD dwCreationDisposition,

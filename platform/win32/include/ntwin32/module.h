@@ -3,7 +3,8 @@
  *
  * Conventions
  *  1. Modules load only by an absolute path below the product's "lib" folder; a bare name is looked
- *     up there. When the caller is root, neither the module nor its folder may be writable by others.
+ *     up there. When the caller is root, neither the module nor its folder may be writable by
+ * others.
  *  2. A module belongs to its caller, who gives it to FreeLibrary once for every LoadLibrary.
  *  3. Thread safety: every function may be called from any thread.
  */

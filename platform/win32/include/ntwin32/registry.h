@@ -4,9 +4,8 @@
  * Conventions
  *  1. Results: ERROR_SUCCESS (0), or one of
  *       ERROR_FILE_NOT_FOUND       2     the key or the value does not exist
- *       ERROR_ACCESS_DENIED        5     the key to delete has sub-keys, or the caller may not write
- *       ERROR_INVALID_HANDLE       6     the handle never named a key
- *       ERROR_NOT_ENOUGH_MEMORY    8
+ *       ERROR_ACCESS_DENIED        5     the key to delete has sub-keys, or the caller may not
+ * write ERROR_INVALID_HANDLE       6     the handle never named a key ERROR_NOT_ENOUGH_MEMORY    8
  *       ERROR_INVALID_PARAMETER    87    a null pointer that must not be null, an ill-formed access
  *                                        mask, or a limit of convention 6 exceeded
  *       ERROR_DISK_FULL            112   nothing was written; works again when there is room
@@ -18,8 +17,8 @@
  *       ERROR_SERVICE_NOT_ACTIVE   1062  the daemon is not running
  *       ERROR_TIMEOUT              1460  the daemon did not answer in time
  *     Output arguments are untouched on failure unless a function's text says otherwise.
- *  2. A handle is the key's id. Opening is a look-up, closing releases nothing, a handle of a deleted
- *     key answers ERROR_KEY_DELETED, and a call on a closed handle still reaches its key.
+ *  2. A handle is the key's id. Opening is a look-up, closing releases nothing, a handle of a
+ * deleted key answers ERROR_KEY_DELETED, and a call on a closed handle still reaches its key.
  *  3. Names compare without regard to ASCII case and keep the spelling of their first writer.
  *     Sub-keys enumerate in folded alphabetical order, values in the order of their creation.
  *  4. Paths are separated by '\'. An empty or null path names the key of the handle itself; a path
@@ -81,12 +80,12 @@ NTWIN32_API LONG RegOpenKeyEx(HKEY hKey, const char *lpSubKey, DWORD ulOptions, 
 
 /*
  * Opens the key at lpSubKey below hKey, creating it and every missing key on the way in one durable
- * step. lpClass (may be null) is kept for new keys only. dwOptions is accepted and every key is kept;
- * lpSecurityAttributes is ignored. *lpdwDisposition (may be null) receives REG_CREATED_NEW_KEY or
- * REG_OPENED_EXISTING_KEY. A key that exists costs no commit.
+ * step. lpClass (may be null) is kept for new keys only. dwOptions is accepted and every key is
+ * kept; lpSecurityAttributes is ignored. *lpdwDisposition (may be null) receives
+ * REG_CREATED_NEW_KEY or REG_OPENED_EXISTING_KEY. A key that exists costs no commit.
  */
-NTWIN32_API LONG RegCreateKeyEx(HKEY hKey, const char *lpSubKey, DWORD Reserved, const char *lpClass,
-                                DWORD dwOptions, REGSAM samDesired,
+NTWIN32_API LONG RegCreateKeyEx(HKEY hKey, const char *lpSubKey, DWORD Reserved,
+                                const char *lpClass, DWORD dwOptions, REGSAM samDesired,
                                 const void *lpSecurityAttributes, HKEY *phkResult,
                                 DWORD *lpdwDisposition) NTWIN32_NOEXCEPT;
 
@@ -101,8 +100,8 @@ NTWIN32_API LONG RegCreateKey(HKEY hKey, const char *lpSubKey, HKEY *phkResult) 
  * and *lpType the type, and lpData is untouched. lpcbData may be null only when lpData is null.
  * Text is handed out exactly as stored: a value that was stored without terminator comes without.
  */
-NTWIN32_API LONG RegQueryValueEx(HKEY hKey, const char *lpValueName, DWORD *lpReserved, DWORD *lpType,
-                                 BYTE *lpData, DWORD *lpcbData) NTWIN32_NOEXCEPT;
+NTWIN32_API LONG RegQueryValueEx(HKEY hKey, const char *lpValueName, DWORD *lpReserved,
+                                 DWORD *lpType, BYTE *lpData, DWORD *lpcbData) NTWIN32_NOEXCEPT;
 
 /* Creates or replaces the value lpValueName of hKey with cbData bytes at lpData, durably. */
 NTWIN32_API LONG RegSetValueEx(HKEY hKey, const char *lpValueName, DWORD Reserved, DWORD dwType,
@@ -110,17 +109,17 @@ NTWIN32_API LONG RegSetValueEx(HKEY hKey, const char *lpValueName, DWORD Reserve
 
 /*
  * Hands out the name of the sub-key number dwIndex of hKey. On entry *lpcchName is the capacity of
- * lpName with the terminator, on success the length without it; the same for lpClass and *lpcchClass
- * (both may be null). *lpftLastWriteTime (may be null) receives the time of the key's last change.
- * ERROR_NO_MORE_ITEMS past the end, ERROR_MORE_DATA when a buffer is too small.
+ * lpName with the terminator, on success the length without it; the same for lpClass and
+ * *lpcchClass (both may be null). *lpftLastWriteTime (may be null) receives the time of the key's
+ * last change. ERROR_NO_MORE_ITEMS past the end, ERROR_MORE_DATA when a buffer is too small.
  */
 NTWIN32_API LONG RegEnumKeyEx(HKEY hKey, DWORD dwIndex, char *lpName, DWORD *lpcchName,
                               DWORD *lpReserved, char *lpClass, DWORD *lpcchClass,
                               FILETIME *lpftLastWriteTime) NTWIN32_NOEXCEPT;
 
 /*
- * Hands out the value number dwIndex of hKey: its name (capacity and length as in RegEnumKeyEx), type
- * and data (capacity and size as in RegQueryValueEx; lpType, lpData and lpcbData may be null).
+ * Hands out the value number dwIndex of hKey: its name (capacity and length as in RegEnumKeyEx),
+ * type and data (capacity and size as in RegQueryValueEx; lpType, lpData and lpcbData may be null).
  */
 NTWIN32_API LONG RegEnumValue(HKEY hKey, DWORD dwIndex, char *lpValueName, DWORD *lpcchValueName,
                               DWORD *lpReserved, DWORD *lpType, BYTE *lpData,
@@ -129,18 +128,18 @@ NTWIN32_API LONG RegEnumValue(HKEY hKey, DWORD dwIndex, char *lpValueName, DWORD
 /*
  * Hands out what is known of hKey; every output may be null. Counts of sub-keys and values, longest
  * sub-key name, class and value name (bytes without terminator), largest data (bytes), time of the
- * last change. lpClass takes the class text with the capacity *lpcchClass. The security descriptor's
- * size is always 0.
+ * last change. lpClass takes the class text with the capacity *lpcchClass. The security
+ * descriptor's size is always 0.
  */
 NTWIN32_API LONG RegQueryInfoKey(HKEY hKey, char *lpClass, DWORD *lpcchClass, DWORD *lpReserved,
                                  DWORD *lpcSubKeys, DWORD *lpcbMaxSubKeyLen, DWORD *lpcbMaxClassLen,
-                                 DWORD *lpcValues, DWORD *lpcbMaxValueNameLen, DWORD *lpcbMaxValueLen,
-                                 DWORD *lpcbSecurityDescriptor,
+                                 DWORD *lpcValues, DWORD *lpcbMaxValueNameLen,
+                                 DWORD *lpcbMaxValueLen, DWORD *lpcbSecurityDescriptor,
                                  FILETIME *lpftLastWriteTime) NTWIN32_NOEXCEPT;
 
 /*
- * Deletes the key at lpSubKey below hKey with its values. ERROR_ACCESS_DENIED when it has sub-keys or
- * is the root; lpSubKey must not be null, "" names the key of the handle itself.
+ * Deletes the key at lpSubKey below hKey with its values. ERROR_ACCESS_DENIED when it has sub-keys
+ * or is the root; lpSubKey must not be null, "" names the key of the handle itself.
  */
 NTWIN32_API LONG RegDeleteKey(HKEY hKey, const char *lpSubKey) NTWIN32_NOEXCEPT;
 
@@ -170,10 +169,10 @@ typedef struct KES_REG_CHANGE {
 } KES_REG_CHANGE;
 
 /*
- * Applies dwCount changes below hKey in their order as one durable transaction, whole or not at all;
- * other processes see all of them or none. On failure *lpdwFailed (may be null) receives the index of
- * the first change that could not be made, or dwCount when the commit itself failed.
- * This function is the system's own; Win32 has none like it.
+ * Applies dwCount changes below hKey in their order as one durable transaction, whole or not at
+ * all; other processes see all of them or none. On failure *lpdwFailed (may be null) receives the
+ * index of the first change that could not be made, or dwCount when the commit itself failed. This
+ * function is the system's own; Win32 has none like it.
  */
 NTWIN32_API LONG KesRegApplyBatch(HKEY hKey, const KES_REG_CHANGE *lpChanges, DWORD dwCount,
                                   DWORD *lpdwFailed) NTWIN32_NOEXCEPT;

@@ -6,7 +6,8 @@
  *     what the function's text says.
  *  2. Capacities are in bytes and count the terminating zero. What does not fit is never cut: the
  *     call fails.
- *  3. Environment variables are read with secure_getenv(): a program with raised rights ignores them.
+ *  3. Environment variables are read with secure_getenv(): a program with raised rights ignores
+ * them.
  *  4. Thread safety: every function may be called from any thread.
  */
 #ifndef NTWIN32_SYSTEM_H
@@ -67,9 +68,10 @@ NTWIN32_API BOOL GetKesRootPath(char *lpBuffer, DWORD cbBuffer) NTWIN32_NOEXCEPT
 NTWIN32_API BOOL GetKesStatePath(char *lpBuffer, DWORD cbBuffer) NTWIN32_NOEXCEPT;
 
 /*
- * Stores one line that names the operating system's distribution: the first line of its release file
- * (/etc/redhat-release and its kin), else PRETTY_NAME of os-release, else an empty text. A line that
- * does not fit is cut at the capacity. Non-zero when a line was found.
+ * Stores one line that names the operating system's distribution: the first line of its release
+ * file
+ * (/etc/redhat-release and its kin), else PRETTY_NAME of os-release, else an empty text. A line
+ * that does not fit is cut at the capacity. Non-zero when a line was found.
  */
 NTWIN32_API BOOL getOSDistribution(char *lpBuffer, DWORD cbBuffer) NTWIN32_NOEXCEPT;
 
