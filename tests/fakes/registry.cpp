@@ -201,7 +201,9 @@ LONG OpenOrCreate(HKEY handle, const char *path, bool create, HKEY *result, DWOR
     if (key == nullptr) {
         return ERROR_FILE_NOT_FOUND;
     }
-    ++Store().opened[key->id];
+    if (key->id != HKEY_LOCAL_MACHINE) {  // predefined: neither opened nor closed
+        ++Store().opened[key->id];
+    }
     *result = key->id;
     if (disposition != nullptr) {
         *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
