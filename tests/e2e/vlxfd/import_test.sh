@@ -139,8 +139,13 @@ wrong_language() {
     expect_trace 1 'KeyFD language error : NEED:'
 }
 
-# refused_file FILE HOW: a disk whose FILE is of the kind HOW is refused, or passes over an optional
-# file, without hanging.
+# 100 MB of one line.
+repeat_line() {
+    yes "$1" | head -c 100M || true
+}
+
+# refused_file FILE HOW STATUS: a disk whose FILE is of the kind HOW ends the import with STATUS,
+# without hanging.
 refused_file() {
     local file=$work/disk/$1
     rm -rf "$work/disk"
@@ -152,7 +157,7 @@ refused_file() {
         fifo) mkfifo "$file" ;;
         device) mknod "$file" c 1 5 ;;
         link) ln -s /etc/hostname "$file" ;;
-        large) head -c 100M /dev/zero >"$file" ;;
+        large) repeat_line '[E-MAIL]' >"$file" ;;
         sparse) truncate -s 1T "$file" ;;
         *) fail "unknown kind $2" ;;
     esac
@@ -168,17 +173,23 @@ refused_files() {
     for kind in missing folder fifo device link large sparse; do
         refused_file AMVLXUSR.INF "$kind" 200
         expect_trace 1 "UUCdDeCodingFromFile() failed!!"
+    done
+    for kind in missing folder fifo device link large; do
         refused_file AMVLXADR.INF "$kind" 200
     done
     expect_trace 1 "Create AMVLXADR.INF Failed!"
-    expect_trace 1 "GetFileLine AMVLXADR.INF Error"
+    expect_trace 1 "GetFileLine AMVLXADR.INF Error3!"
+    # A zero byte at the start of a line ends the file: nothing is imported, the mail address is
+    # missing.
+    refused_file AMVLXADR.INF sparse 0
+    expect_trace 1 "<AMAMRegReadEx (MAILADRS) Failed"
     for kind in missing folder fifo device link; do
         refused_file AMVLXHBI.INF "$kind" 1
     done
     expect_trace 1 "CreateFile AMVLXHBI Error!"
-    for kind in large sparse; do
-        refused_file AMVLXHBI.INF "$kind" 200
-    done
+    refused_file AMVLXHBI.INF sparse 1
+    refused_file AMVLXHBI.INF large 200
+    expect_trace 1 "Item name error : AMVLXHBI : [E-MAIL]"
 }
 
 # refused_customer_bytes: the customer file from standard input is refused and nothing is stored.
