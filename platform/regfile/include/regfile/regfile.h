@@ -7,15 +7,19 @@
 //     lines continued by a trailing backslash, comments from ';'.
 //  2. Paths are handed out below HKEY_LOCAL_MACHINE, without it; no other root is known.
 //  3. Texts of a file are Unicode, texts of the registry are EUC-JP. Quoted text becomes EUC-JP
-//  with a
-//     terminating zero; a character that EUC-JP lacks is a problem. A text whose bytes do not
-//     survive the way there and back is written as hex(1): with its bytes.
-//  4. Lines and columns count from 1, columns in characters.
+//     with a terminating zero; a character that EUC-JP lacks is a problem. A text whose bytes do
+//     not survive the way there and back is written as hex(1): with its bytes. The bytes of a hex
+//     list are the stored ones, whatever the type.
+//  4. A byte of a name that has no character in EUC-JP is written as U+F700 + byte, a private
+//     character that EUC-JP never gives, and read back as that byte.
+//  5. Lines and columns count from 1, columns in characters.
+//  6. No function throws anything but std::bad_alloc.
 #ifndef REGFILE_REGFILE_H
 #define REGFILE_REGFILE_H
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,8 +30,8 @@ namespace regfile {
 struct Change {
     enum class Kind { kCreateKey, kDeleteTree, kSetValue, kDeleteValue };
     Kind kind = Kind::kCreateKey;
-    std::string path;  // below HKEY_LOCAL_MACHINE
-    std::string name;  // of the value; empty: the default value
+    std::shared_ptr<const std::string> path;  // below HKEY_LOCAL_MACHINE; shared by a key's lines
+    std::string name;                         // of the value; empty: the default value
     std::uint32_t type = 0;
     std::vector<std::uint8_t> data;
     std::size_t line = 0;
@@ -40,8 +44,9 @@ struct Problem {
     std::string cause;  // one sentence, no full stop
 };
 
-// Reads a whole file's bytes. False with *problem filled when anything in it is wrong; *changes is
-// then untouched. The changes stand in the order of the file.
+// Reads a whole file's bytes. False with *problem filled when anything in it is wrong or exceeds a
+// limit of the registry (name 255 bytes, depth 512, data 1 MiB); *changes is then untouched. The
+// changes stand in the order of the file.
 bool Parse(std::string_view bytes, std::vector<Change> *changes, Problem *problem);
 
 // One value for Format, as stored.
