@@ -41,6 +41,10 @@ else()
   target_compile_definitions(velox_settings INTERFACE
     $<$<CONFIG:Release,RelWithDebInfo>:_FORTIFY_SOURCE=2>)
 endif()
+if(VELOX_BUILD_FUZZERS)
+  # The fuzzer follows what it reaches in the libraries too.
+  target_compile_options(velox_settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # The code of src/: no exceptions, no run-time type information.
 add_library(velox_plain_settings INTERFACE)
