@@ -1,0 +1,79 @@
+#include "support/ratios.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+namespace bench {
+
+namespace {
+
+constexpr char kRepetitions[] = "--benchmark_repetitions=5";
+constexpr char kInterleaving[] = "--benchmark_enable_random_interleaving=true";
+constexpr char kAggregatesOnly[] = "--benchmark_display_aggregates_only=true";
+
+// Keeps each repetition's time, in seconds, beside what the console shows.
+class Collector : public benchmark::ConsoleReporter {
+  public:
+    Collector() : ConsoleReporter(OO_Tabular) {}
+
+    void ReportRuns(const std::vector<Run> &runs) override {
+        for (const Run &run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+                times_[run.run_name.function_name + Arguments(run)].push_back(
+                    run.real_accumulated_time / static_cast<double>(run.iterations));
+            }
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    // The median in seconds; 0 when the benchmark did not run.
+    double Median(const std::string &name) {
+        std::vector<double> &times = times_[name];
+        if (times.empty()) {
+            return 0;
+        }
+        std::sort(times.begin(), times.end());
+        return times[times.size() / 2];
+    }
+
+  private:
+    static std::string Arguments(const Run &run) {
+        return run.run_name.args.empty() ? "" : "/" + run.run_name.args;
+    }
+
+    std::map<std::string, std::vector<double>> times_;
+};
+
+void Print(const Ratio &ratio, Collector &collector) {
+    const double numerator = collector.Median(ratio.numerator);
+    const double denominator = collector.Median(ratio.denominator);
+    if (numerator == 0 || denominator == 0) {
+        std::printf("%-60s not measured\n", ratio.name.c_str());
+        return;
+    }
+    const double value = numerator / denominator;
+    const bool reached = ratio.at_least ? value >= ratio.goal : value <= ratio.goal;
+    std::printf("%-60s %8.2f   (%s %.2f%s)\n", ratio.name.c_str(), value,
+                ratio.at_least ? "at least" : "at most", ratio.goal, reached ? "" : ": MISSED");
+}
+
+}  // namespace
+
+int Run(int argc, char **argv, const std::vector<Ratio> &ratios) {
+    std::vector<char *> arguments(argv, argv + argc);
+    for (const char *option : {kRepetitions, kInterleaving, kAggregatesOnly}) {
+        arguments.insert(arguments.begin() + 1, const_cast<char *>(option));
+    }
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    Collector collector;
+    benchmark::RunSpecifiedBenchmarks(&collector);
+    std::printf("\n");
+    for (const Ratio &ratio : ratios) {
+        Print(ratio, collector);
+    }
+    return 0;
+}
+
+}  // namespace bench
