@@ -1,5 +1,7 @@
 #include "encoding.h"
 
+#include <regfile/text.h>
+
 #include <algorithm>
 #include <cerrno>
 
@@ -53,8 +55,19 @@ bool IsAscii(std::string_view text) {
                        [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
-bool IsControl(unsigned char byte) {
-    return (byte < 0x20 && byte != '\t') || byte == 0x7F;
+bool HoldsControl(std::string_view utf8) {
+    for (std::size_t at = 0; at < utf8.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(utf8[at]);
+        if ((byte < 0x20 && byte != '\t') || byte == 0x7F) {
+            return true;
+        }
+        // C1 controls, C2 80 to C2 9F: U+0085 ends a line in some editors.
+        if (byte == 0xC2 && at + 1 < utf8.size() &&
+            static_cast<unsigned char>(utf8[at + 1]) < 0xA0) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void AppendUtf8(char32_t character, std::string *out) {
@@ -115,23 +128,6 @@ std::size_t ValidUtf8Length(std::string_view text) {
         at += length;
     }
     return at;
-}
-
-std::size_t FindRawByte(std::string_view utf8, unsigned char *byte) {
-    // U+F700 to U+F7FF begin with EF 9C to EF 9F.
-    for (std::size_t at = utf8.find('\xEF'); at != std::string_view::npos;
-         at = utf8.find('\xEF', at + 1)) {
-        char32_t character = 0;
-        if (DecodeUtf8(utf8.substr(at), &character) == 0 || character <= kRawByte ||
-            character > kRawByte + 0xFF) {
-            continue;
-        }
-        *byte = static_cast<unsigned char>(character - kRawByte);
-        if (*byte < 0x20 || *byte >= 0x7F) {
-            return at;
-        }
-    }
-    return utf8.size();
 }
 
 std::size_t CountCharacters(std::string_view utf8) {

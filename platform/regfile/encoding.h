@@ -1,4 +1,4 @@
-// The characters of a .reg file: Unicode outside, EUC-JP in the registry.
+// What the reader and the writer of .reg files share: iconv, and scans of UTF-8.
 #ifndef REGFILE_ENCODING_H
 #define REGFILE_ENCODING_H
 
@@ -30,29 +30,13 @@ class Converter {
     iconv_t handle_{};
 };
 
-inline constexpr char kStoredEncoding[] = "EUC-JP-MS";
 inline constexpr char kFileEncoding[] = "UTF-8";
-
-// The private characters U+F700 to U+F7FF stand for bytes without a character (convention 4).
-inline constexpr char32_t kRawByte = 0xF700;
-inline constexpr std::size_t kRawByteLength = 3;
-
-// Where the first character that stands for a byte begins (utf8's size: there is none); *byte
-// receives the byte. Printable ASCII has no such character, so that no name can smuggle a
-// separator.
-std::size_t FindRawByte(std::string_view utf8, unsigned char *byte);
 
 bool IsAscii(std::string_view text);
 
-// True for the bytes that a stored text may not hold if it is to be written as text: control
-// characters other than the tab, which would break the file's lines or vanish in an editor.
-bool IsControl(unsigned char byte);
-
-void AppendUtf8(char32_t character, std::string *out);
-
-// The length in bytes of the well-formed UTF-8 character that text begins with, 0 for none. The
-// character itself is stored in *character.
-std::size_t DecodeUtf8(std::string_view text, char32_t *character);
+// True for control characters other than the tab: they would break a file's lines or vanish in an
+// editor. The text is UTF-8.
+bool HoldsControl(std::string_view utf8);
 
 // How many bytes from the beginning of text are well-formed UTF-8 without zero bytes.
 std::size_t ValidUtf8Length(std::string_view text);

@@ -1,7 +1,7 @@
 #include <ntwin32/registry.h>
 #include <regfile/regfile.h>
+#include <regfile/text.h>
 
-#include <algorithm>
 #include <cstdio>
 
 #include "encoding.h"
@@ -16,66 +16,6 @@ constexpr std::size_t kLineWidth = 76;
 std::string_view AsText(const std::vector<std::uint8_t> &data) {
     return {reinterpret_cast<const char *>(data.data()), data.size()};
 }
-
-// Both directions between the registry's texts and the file's.
-class Writer {
-  public:
-    // The text in UTF-8; false when its bytes would not be read back from there.
-    bool TextToUtf8(std::string_view stored, std::string *utf8) {
-        if (std::any_of(stored.begin(), stored.end(),
-                        [](char byte) { return IsControl(static_cast<unsigned char>(byte)); })) {
-            return false;
-        }
-        if (IsAscii(stored)) {
-            utf8->assign(stored);
-            return true;
-        }
-        utf8->clear();
-        std::string back;
-        return to_file_.Append(stored, utf8) == stored.size() && !HoldsControlBeyondAscii(*utf8) &&
-               to_store_.Append(*utf8, &back) == utf8->size() && back == stored;
-    }
-
-    // A name in UTF-8, whatever its bytes.
-    std::string NameToUtf8(std::string_view stored) {
-        std::string utf8;
-        if (!TextToUtf8(stored, &utf8)) {
-            utf8.clear();
-            while (!stored.empty()) {
-                stored.remove_prefix(AppendCharacter(stored, &utf8));
-            }
-        }
-        return utf8;
-    }
-
-  private:
-    // C1 controls: U+0085 ends a line in some editors.
-    static bool HoldsControlBeyondAscii(std::string_view utf8) {
-        for (std::size_t at = utf8.find('\xC2'); at != std::string_view::npos;
-             at = utf8.find('\xC2', at + 1)) {
-            if (static_cast<unsigned char>(utf8[at + 1]) < 0xA0) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    // Appends the first character of a name, or its first byte as a private character.
-    std::size_t AppendCharacter(std::string_view stored, std::string *utf8) {
-        const auto lead = static_cast<unsigned char>(stored[0]);
-        const std::size_t length = lead < 0x80 ? 1 : lead == 0x8F ? 3 : 2;
-        std::string character;
-        if (length <= stored.size() && TextToUtf8(stored.substr(0, length), &character)) {
-            utf8->append(character);
-            return length;
-        }
-        AppendUtf8(kRawByte + lead, utf8);
-        return 1;
-    }
-
-    Converter to_file_{kFileEncoding, kStoredEncoding};
-    Converter to_store_{kStoredEncoding, kFileEncoding};
-};
 
 std::string Quoted(std::string_view text) {
     std::string quoted = "\"";
@@ -112,10 +52,10 @@ void AppendBytes(const std::vector<std::uint8_t> &data, std::size_t column, std:
     }
 }
 
-bool AppendAsText(const std::vector<std::uint8_t> &data, Writer *writer, std::string *line) {
+bool AppendAsText(const std::vector<std::uint8_t> &data, std::string *line) {
     std::string utf8;
     if (data.empty() || data.back() != 0 ||
-        !writer->TextToUtf8(AsText(data).substr(0, data.size() - 1), &utf8)) {
+        !StoredToUtf8(AsText(data).substr(0, data.size() - 1), &utf8) || HoldsControl(utf8)) {
         return false;
     }
     line->append(Quoted(utf8));
@@ -130,10 +70,10 @@ std::uint32_t LittleEndian(const std::vector<std::uint8_t> &data) {
     return number;
 }
 
-std::string ValueLine(const Value &value, Writer *writer) {
-    std::string line = value.name.empty() ? "@" : Quoted(writer->NameToUtf8(value.name));
+std::string ValueLine(const Value &value) {
+    std::string line = value.name.empty() ? "@" : Quoted(NameToUtf8(value.name));
     line.push_back('=');
-    if (value.type == REG_SZ && AppendAsText(value.data, writer, &line)) {
+    if (value.type == REG_SZ && AppendAsText(value.data, &line)) {
         return line + kLineEnd;
     }
     if (value.type == REG_DWORD && value.data.size() == 4) {
@@ -151,15 +91,13 @@ std::string FormatHeader() {
 }
 
 std::string FormatKey(std::string_view path, const std::vector<Value> &values) {
-    // Opening a conversion costs more than a key's lines, so a thread keeps its two.
-    static thread_local Writer writer;
     std::string text = "[HKEY_LOCAL_MACHINE";
     if (!path.empty()) {
-        text.append("\\").append(writer.NameToUtf8(path));
+        text.append("\\").append(NameToUtf8(path));
     }
     text.append("]").append(kLineEnd);
     for (const Value &value : values) {
-        text += ValueLine(value, &writer);
+        text += ValueLine(value);
     }
     return text + kLineEnd;
 }

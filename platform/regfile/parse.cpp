@@ -1,5 +1,6 @@
 #include <ntwin32/registry.h>
 #include <regfile/regfile.h>
+#include <regfile/text.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -55,14 +56,12 @@ class Parser {
     bool ContinuedLines();
     bool Quoted(bool is_name, std::string *stored);
     bool Escaped(std::string *stored);
-    bool Characters(std::string_view utf8, std::string *stored);
-    bool NameCharacters(std::string_view utf8, std::string *stored);
+    bool Characters(std::string_view utf8, bool is_name, std::string *stored);
     bool LineEnd();
     bool Fail(std::string cause) { return FailAt(scanner_.Position(), std::move(cause)); }
     bool FailAt(std::size_t position, std::string cause);
 
     Scanner scanner_;
-    Converter to_store_{kStoredEncoding, kFileEncoding};
     std::shared_ptr<const std::string> path_;  // of the key above; null where none can have values
     std::vector<Change> changes_;
     Problem *problem_;
@@ -172,7 +171,7 @@ bool Parser::KeyNames(std::size_t end, std::string *path) {
         if (depth > KES_REG_MAX_DEPTH) {
             return Fail("The key lies deeper than " + std::to_string(KES_REG_MAX_DEPTH) + " keys");
         }
-        if (!NameCharacters(scanner_.Rest().substr(0, length), path)) {
+        if (!Characters(scanner_.Rest().substr(0, length), true, path)) {
             return false;
         }
         if (path->size() - length_before > KES_REG_MAX_KEY_NAME) {
@@ -343,8 +342,7 @@ bool Parser::Quoted(bool is_name, std::string *stored) {
         const std::string_view rest = scanner_.Rest();
         const std::size_t length = std::min(rest.find_first_of("\"\\"), rest.size());
         if (!(length == 0 ? Escaped(stored)
-              : is_name   ? NameCharacters(rest.substr(0, length), stored)
-                          : Characters(rest.substr(0, length), stored))) {
+                          : Characters(rest.substr(0, length), is_name, stored))) {
             return false;
         }
         if (is_name && stored->size() > KES_REG_MAX_VALUE_NAME) {
@@ -365,40 +363,20 @@ bool Parser::Escaped(std::string *stored) {
 }
 
 // Converts characters of the line at hand and skips them.
-bool Parser::Characters(std::string_view utf8, std::string *stored) {
-    if (IsAscii(utf8)) {
-        stored->append(utf8);
-        scanner_.Skip(utf8.size());
+bool Parser::Characters(std::string_view utf8, bool is_name, std::string *stored) {
+    std::size_t bad = utf8.size();
+    const bool converted =
+        is_name ? Utf8ToName(utf8, stored, &bad) : Utf8ToStored(utf8, stored, &bad);
+    scanner_.Skip(bad);
+    if (converted) {
         return true;
     }
-    const std::size_t converted = to_store_.Append(utf8, stored);
-    scanner_.Skip(converted);
     char32_t character = 0;
-    if (DecodeUtf8(utf8.substr(converted), &character) == 0) {
-        return true;
-    }
+    DecodeUtf8(utf8.substr(bad), &character);
     char cause[64];
     std::snprintf(cause, sizeof(cause), "EUC-JP lacks the character U+%04X",
                   static_cast<unsigned>(character));
     return Fail(cause);
-}
-
-// The same for a name, where private characters stand for bytes.
-bool Parser::NameCharacters(std::string_view utf8, std::string *stored) {
-    while (!utf8.empty()) {
-        unsigned char byte = 0;
-        const std::size_t raw = FindRawByte(utf8, &byte);
-        if (!Characters(utf8.substr(0, raw), stored)) {
-            return false;
-        }
-        utf8.remove_prefix(raw);
-        if (!utf8.empty()) {
-            stored->push_back(static_cast<char>(byte));
-            scanner_.Skip(kRawByteLength);
-            utf8.remove_prefix(kRawByteLength);
-        }
-    }
-    return true;
 }
 
 }  // namespace
