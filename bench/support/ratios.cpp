@@ -10,21 +10,26 @@ namespace {
 
 constexpr char kRepetitions[] = "--benchmark_repetitions=5";
 constexpr char kInterleaving[] = "--benchmark_enable_random_interleaving=true";
-constexpr char kAggregatesOnly[] = "--benchmark_display_aggregates_only=true";
 
-// Keeps each repetition's time, in seconds, beside what the console shows.
+// Keeps each repetition's time, in seconds, and shows the aggregates alone. (The library's option
+// for that keeps the repetitions from the reporter.)
 class Collector : public benchmark::ConsoleReporter {
   public:
     Collector() : ConsoleReporter(OO_Tabular) {}
 
     void ReportRuns(const std::vector<Run> &runs) override {
+        std::vector<Run> shown;
         for (const Run &run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                times_[run.run_name.function_name + Arguments(run)].push_back(
-                    run.real_accumulated_time / static_cast<double>(run.iterations));
+            if (run.run_type != Run::RT_Iteration || run.error_occurred) {
+                shown.push_back(run);
+                continue;
             }
+            times_[run.run_name.function_name + Arguments(run)].push_back(
+                run.real_accumulated_time / static_cast<double>(run.iterations));
         }
-        ConsoleReporter::ReportRuns(runs);
+        if (!shown.empty()) {
+            ConsoleReporter::ReportRuns(shown);
+        }
     }
 
     // The median in seconds; 0 when the benchmark did not run.
@@ -62,7 +67,7 @@ void Print(const Ratio &ratio, Collector &collector) {
 
 int Run(int argc, char **argv, const std::vector<Ratio> &ratios) {
     std::vector<char *> arguments(argv, argv + argc);
-    for (const char *option : {kRepetitions, kInterleaving, kAggregatesOnly}) {
+    for (const char *option : {kRepetitions, kInterleaving}) {
         arguments.insert(arguments.begin() + 1, const_cast<char *>(option));
     }
     int count = static_cast<int>(arguments.size());
