@@ -50,4 +50,39 @@ template <std::size_t N>
     return true;
 }
 
+// Length of the longest beginning of an EUC-JP text that takes at most dwLimit of its dwLength
+// bytes and ends with a whole character.
+[[nodiscard]] inline std::size_t WholeCharacters(const char *lpszText, std::size_t dwLength,
+                                                 std::size_t dwLimit) noexcept {
+    std::size_t dwEnd = 0;
+    while (dwEnd < dwLength) {
+        const auto byLead = static_cast<unsigned char>(lpszText[dwEnd]);
+        const bool bDouble = byLead == 0x8E || (byLead >= 0xA1 && byLead <= 0xFE);
+        const std::size_t dwNext = dwEnd + (byLead == 0x8F ? 3 : bDouble ? 2 : 1);
+        if (dwNext > dwLimit || dwNext > dwLength) {
+            break;
+        }
+        dwEnd = dwNext;
+    }
+    return dwEnd;
+}
+
+// The deliberate cut: copies as many whole EUC-JP characters as dwCapacity bytes (at least 1) hold
+// with a terminator. False when the text did not fit. Reads at most dwCapacity bytes, so that a
+// full buffer without terminator can be given one in place.
+inline bool CutText(char *lpszDest, std::size_t dwCapacity, const char *lpszSource) noexcept {
+    const std::size_t dwLength = strnlen(lpszSource, dwCapacity);
+    const bool bFits = dwLength < dwCapacity;
+    const std::size_t dwKept =
+        bFits ? dwLength : WholeCharacters(lpszSource, dwLength, dwCapacity - 1);
+    std::memmove(lpszDest, lpszSource, dwKept);
+    lpszDest[dwKept] = '\0';
+    return bFits;
+}
+
+template <std::size_t N>
+bool CutText(char (&szDest)[N], const char *lpszSource) noexcept {
+    return CutText(szDest, N, lpszSource);
+}
+
 #endif  // REGISTRY_TEXT_H
