@@ -1,0 +1,5 @@
+#include "setup/setup.h"
+
+int main() {
+    return RunSetup();
+}
