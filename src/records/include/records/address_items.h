@@ -9,14 +9,14 @@
 inline constexpr ITEM_ROW ADDRESS_ITEMS[] = {
     // メールアドレス
     {{"E-MAIL", "\xA5\xE1\xA1\xBC\xA5\xEB\xA5\xA2\xA5\xC9\xA5\xEC\xA5\xB9"},
-     ITEM_WHOLE, "MailAdrs", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "MailAdrs"},
     // 電話番号
     {{"PHONENO", "\xC5\xC5\xCF\xC3\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "PhoneNo", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "PhoneNo"},
     // エラーリプライアドレス
     {{"ERROR-REPLY",
       "\xA5\xA8\xA5\xE9\xA1\xBC\xA5\xEA\xA5\xD7\xA5\xE9\xA5\xA4\xA5\xA2\xA5\xC9\xA5\xEC\xA5\xB9"},
-     ITEM_WHOLE, "ErrorReply", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "ErrorReply"},
 };
 // clang-format on
 

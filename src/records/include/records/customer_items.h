@@ -11,87 +11,87 @@
 inline constexpr ITEM_ROW CUSTOMER_ITEMS[] = {
     // お客様属性
     {{"CONTRACT", "\xA4\xAA\xB5\xD2\xCD\xCD\xC2\xB0\xC0\xAD"},
-     ITEM_WHOLE, "KAISHAKBN", REG_DWORD},
+     ITEM_WHOLE, REG_DWORD, "KAISHAKBN"},
     // お客様名称(カナ)
     {{"USER-NAME", "\xA4\xAA\xB5\xD2\xCD\xCD\xCC\xBE\xBE\xCE(\xA5\xAB\xA5\xCA)"},
-     ITEM_WHOLE, "TOKUINMA", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "TOKUINMA"},
     // お客様名称(漢字)
-    {{"*", "\xA4\xAA\xB5\xD2\xCD\xCD\xCC\xBE\xBE\xCE(\xB4\xC1\xBB\xFA)"},
-     ITEM_WHOLE, "TOKUINMN", REG_SZ},
+    {{ITEM_NOT_IN_ENGLISH, "\xA4\xAA\xB5\xD2\xCD\xCD\xCC\xBE\xBE\xCE(\xB4\xC1\xBB\xFA)"},
+     ITEM_WHOLE, REG_SZ, "TOKUINMN"},
     // 部署名
     {{"USER-DIVISION", "\xC9\xF4\xBD\xF0\xCC\xBE"},
-     ITEM_WHOLE, "BUNMN", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "BUNMN"},
     // お客様郵便番号
     {{"USER-ZIPCODE", "\xA4\xAA\xB5\xD2\xCD\xCD\xCD\xB9\xCA\xD8\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "ZIPNO", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "ZIPNO"},
     // 住所(カナ)
     {{"USER-ADDRESS", "\xBD\xBB\xBD\xEA(\xA5\xAB\xA5\xCA)"},
-     ITEM_WHOLE, "ADRSNMA", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "ADRSNMA"},
     // 住所(漢字)
-    {{"*", "\xBD\xBB\xBD\xEA(\xB4\xC1\xBB\xFA)"},
-     ITEM_WHOLE, "ADRSNMN", REG_SZ},
+    {{ITEM_NOT_IN_ENGLISH, "\xBD\xBB\xBD\xEA(\xB4\xC1\xBB\xFA)"},
+     ITEM_WHOLE, REG_SZ, "ADRSNMN"},
     // 住所(詳細)
-    {{"*", "\xBD\xBB\xBD\xEA(\xBE\xDC\xBA\xD9)"},
-     ITEM_WHOLE, "SHOZAINMN", REG_SZ},
+    {{ITEM_NOT_IN_ENGLISH, "\xBD\xBB\xBD\xEA(\xBE\xDC\xBA\xD9)"},
+     ITEM_WHOLE, REG_SZ, "SHOZAINMN"},
     // お客様電話番号
     {{"USER-TELNUM", "\xA4\xAA\xB5\xD2\xCD\xCD\xC5\xC5\xCF\xC3\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "BUTEL", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "BUTEL"},
     // お客様メールアドレス
     {{"USER-EMAIL",
       "\xA4\xAA\xB5\xD2\xCD\xCD\xA5\xE1\xA1\xBC\xA5\xEB\xA5\xA2\xA5\xC9\xA5\xEC\xA5\xB9"},
-     ITEM_WHOLE, "MAIL", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "MAIL"},
     // 担当者名(カナ)
     {{"USER-CONTACT", "\xC3\xB4\xC5\xF6\xBC\xD4\xCC\xBE(\xA5\xAB\xA5\xCA)"},
-     ITEM_WHOLE, "BUTANNMA", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "BUTANNMA"},
     // 担当者名(漢字)
-    {{"*", "\xC3\xB4\xC5\xF6\xBC\xD4\xCC\xBE(\xB4\xC1\xBB\xFA)"},
-     ITEM_WHOLE, "BUTANNMN", REG_SZ},
+    {{ITEM_NOT_IN_ENGLISH, "\xC3\xB4\xC5\xF6\xBC\xD4\xCC\xBE(\xB4\xC1\xBB\xFA)"},
+     ITEM_WHOLE, REG_SZ, "BUTANNMN"},
     // ユーザシステムコード
     {{"USER-SYSTEM-CD",
       "\xA5\xE6\xA1\xBC\xA5\xB6\xA5\xB7\xA5\xB9\xA5\xC6\xA5\xE0\xA5\xB3\xA1\xBC\xA5\xC9"},
-     ITEM_WHOLE, "USERCODE", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "USERCODE"},
     // サーバ名称
     {{"SERVER-NAME", "\xA5\xB5\xA1\xBC\xA5\xD0\xCC\xBE\xBE\xCE"},
-     ITEM_WHOLE, "SYSNMN", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSNMN"},
     // 装置コード
     {{"N-CODE", "\xC1\xF5\xC3\xD6\xA5\xB3\xA1\xBC\xA5\xC9"},
-     ITEM_WHOLE, "SOCHICD", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SOCHICD"},
     // 製造番号
     {{"SERIAL-NUMBER", "\xC0\xBD\xC2\xA4\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "SYSGOKI", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSGOKI"},
     // 保証書番号
     {{"GUARANTEE-NUMBER", "\xCA\xDD\xBE\xDA\xBD\xF1\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "GUARANTEE", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "GUARANTEE"},
     // OS名称
     {{"OS-NAME", "OS\xCC\xBE\xBE\xCE"},
-     ITEM_WHOLE, "OSNMA", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "OSNMA"},
     // OS詳細バージョン
     {{"OS-VERSION", "OS\xBE\xDC\xBA\xD9\xA5\xD0\xA1\xBC\xA5\xB8\xA5\xE7\xA5\xF3"},
-     ITEM_WHOLE, "OSREV", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "OSREV"},
     // 装置コード (and a blank)
     {{"SUB-N-CODE ", "\xC1\xF5\xC3\xD6\xA5\xB3\xA1\xBC\xA5\xC9 "},
-     ITEM_NUMBERED, "OPTCD", REG_SZ},
+     ITEM_NUMBERED, REG_SZ, "OPTCD"},
     // 販売店名
     {{"DEALER-NAME", "\xC8\xCE\xC7\xE4\xC5\xB9\xCC\xBE"},
-     ITEM_WHOLE, "SYSSHOPNMN", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSSHOPNMN"},
     // 担当営業所属
     {{"DEALER-LOCAL-OFFICE", "\xC3\xB4\xC5\xF6\xB1\xC4\xB6\xC8\xBD\xEA\xC2\xB0"},
-     ITEM_WHOLE, "SYSEIGYOBUNMN", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSEIGYOBUNMN"},
     // 担当営業氏名
     {{"DEALER-CONTACT", "\xC3\xB4\xC5\xF6\xB1\xC4\xB6\xC8\xBB\xE1\xCC\xBE"},
-     ITEM_WHOLE, "SYSEIGYONMN", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSEIGYONMN"},
     // 担当営業電話番号
     {{"DEALER-TEL-NUM", "\xC3\xB4\xC5\xF6\xB1\xC4\xB6\xC8\xC5\xC5\xCF\xC3\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "SYSEIGYOTEL", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSEIGYOTEL"},
     // 担当SE所属
     {{"SE-NAME", "\xC3\xB4\xC5\xF6SE\xBD\xEA\xC2\xB0"},
-     ITEM_WHOLE, "SYSSEBU", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSSEBU"},
     // 担当SE氏名
     {{"SE-CONTACT", "\xC3\xB4\xC5\xF6SE\xBB\xE1\xCC\xBE"},
-     ITEM_WHOLE, "SYSSENMN", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSSENMN"},
     // 担当SE電話番号
     {{"SE-TEL-NUMBER", "\xC3\xB4\xC5\xF6SE\xC5\xC5\xCF\xC3\xC8\xD6\xB9\xE6"},
-     ITEM_WHOLE, "SYSSETEL", REG_SZ},
+     ITEM_WHOLE, REG_SZ, "SYSSETEL"},
 };
 // clang-format on
 

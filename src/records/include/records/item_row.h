@@ -28,8 +28,8 @@ enum ITEM_MATCH : unsigned {
 struct ITEM_ROW {
     const char *lpszName[2];  // by ITEM_LANGUAGE; the Japanese one in EUC-JP
     ITEM_MATCH eMatch;
-    const char *lpszValueName;  // registry value; for a numbered row the number is appended
     DWORD dwType;               // REG_SZ or REG_DWORD
+    const char *lpszValueName;  // registry value; for a numbered row the number is appended
 };
 
 // A table as a parser walks it.
