@@ -5,8 +5,7 @@
  *  1. Results are those of each function's text; every step is traced, source "keyfd". The records
  *     of all stages of CheckKeyFD name the function "CheckKeyFD".
  *  2. Nothing is undone: what a stage stored stays stored when a later stage fails.
- *  3. Not thread-safe: one reader of lines and one locale serve the process, which imports one
- * disk.
+ *  3. Not thread-safe: one reader of lines and one locale serve the process.
  */
 #ifndef KEYFD_KEYFD_H
 #define KEYFD_KEYFD_H
