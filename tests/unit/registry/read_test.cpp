@@ -43,6 +43,23 @@ TEST_F(ReadTest, AMissingTextLeavesAnEmptyText) {
     EXPECT_TRUE(fakes::HasTrace(1, "<RegQueryValueEx(VERSION) failed."));
 }
 
+TEST_F(ReadTest, AFieldTakesATextWithItsTerminator) {
+    fakes::StoreText(kPath, "VERSION", "abcde");
+    EXPECT_TRUE(ReadField(kPath, "VERSION", text_));
+    EXPECT_STREQ(text_, "abcde");
+}
+
+TEST_F(ReadTest, ATextThatFillsAFieldWithoutTerminatorCannotBeRead) {
+    fakes::StoreBytes(kPath, "VERSION", REG_SZ, "abcdef");
+    EXPECT_FALSE(ReadField(kPath, "VERSION", text_));
+    EXPECT_STREQ(text_, "");
+}
+
+TEST_F(ReadTest, AMissingTextLeavesAnEmptyField) {
+    EXPECT_FALSE(ReadField(kPath, "VERSION", text_));
+    EXPECT_STREQ(text_, "");
+}
+
 TEST_F(ReadTest, ANumberIsRead) {
     DWORD number = 7;
     fakes::StoreNumber(kPath, "SETTING", 0x12345678);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "registry/text.h"
 #include "velox/regaccess.h"
 
 // Reads a text of at most N - 1 bytes, its terminator included: the array is one byte larger than
@@ -20,6 +21,17 @@ template <std::size_t N>
     std::memset(szText, 0, N);
     return AMAMRegReadEx(HKEY_LOCAL_MACHINE, lpszPath, lpszValue, &dwType, &dwSize,
                          reinterpret_cast<BYTE *>(szText)) != FALSE;
+}
+
+// Reads a text into a field whose size is the size that is read: a value of that many bytes without
+// terminator does not fit and counts as one that cannot be read. After a failure the field is
+// empty.
+template <std::size_t N>
+[[nodiscard]] bool ReadField(const char *lpszPath, const char *lpszValue,
+                             char (&szField)[N]) noexcept {
+    char szText[N + 1];
+    const bool bRead = ReadText(lpszPath, lpszValue, szText);
+    return CopyText(szField, szText) && bRead;
 }
 
 // Reads a number. After a failure *lpdwNumber is what it was.
