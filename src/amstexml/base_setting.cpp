@@ -13,12 +13,9 @@ namespace {
 
 constexpr char TRACE_SOURCE[] = "amstexml";
 
-// Reads a text into a field of the record. The field has the size that is read, so that a value of
-// that many bytes without terminator does not fit: it counts as one that cannot be read.
 template <std::size_t N>
-bool ReadField(const char *lpszPath, const char *lpszValue, char (&szField)[N]) noexcept {
-    char szText[N + 1];
-    if (ReadText(lpszPath, lpszValue, szText) && CopyText(szField, szText)) {
+bool ReadSetting(const char *lpszPath, const char *lpszValue, char (&szField)[N]) noexcept {
+    if (ReadField(lpszPath, lpszValue, szField)) {
         return true;
     }
     TRACE_AS("GetAMBIBaseSetting", TRACE_FAILURE, "<AMAMRegReadEx %s failed.", lpszValue);
@@ -92,9 +89,9 @@ BOOL GetAMBIBaseSetting(VXML_BASE_DATA *lpVxmlBaseData, const char *g_szAMBaseRe
           static_cast<void *>(lpVxmlBaseData), TextOrNull(g_szAMBaseRegPath));
     *lpVxmlBaseData = {};
     lpVxmlBaseData->dwSMTPPort = AMAM_DEFAULT_SMTP_PORT;
-    if (!ReadField(g_szAMBaseRegPath, "Server", lpVxmlBaseData->szServer) ||
-        !ReadField(g_szAMBaseRegPath, "IP", lpVxmlBaseData->szIP) ||
-        !ReadField(g_szAMBaseRegPath, "Address", lpVxmlBaseData->szAddress)) {
+    if (!ReadSetting(g_szAMBaseRegPath, "Server", lpVxmlBaseData->szServer) ||
+        !ReadSetting(g_szAMBaseRegPath, "IP", lpVxmlBaseData->szIP) ||
+        !ReadSetting(g_szAMBaseRegPath, "Address", lpVxmlBaseData->szAddress)) {
         return FALSE;
     }
     if (!ReadNumber(g_szAMBaseRegPath, "SMTPPort", &lpVxmlBaseData->dwSMTPPort)) {
