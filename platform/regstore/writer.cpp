@@ -180,7 +180,7 @@ Status Writer::CreateKey(KeyId id, std::string_view path, std::string_view class
         const std::string_view name = walk.Next();
         const KeyId parent = current;
         if (!made)
-            status = FindKey(Current(), parent, name, &current);
+            status = FindKey(parent, name, &current);
         made = made || status == Status::kNotFound;
         if (made)
             status = CreateSubKey(parent, name, class_text, &current);
@@ -279,7 +279,7 @@ Status Writer::DeleteValue(KeyId id, std::string_view name) {
 Status Writer::DeleteKey(KeyId id, std::string_view path) {
     KeyId found = 0;
     OpenKey *key = nullptr;
-    Status status = FindKey(Current(), id, path, &found);
+    Status status = FindKey(id, path, &found);
     if (IsGood(status))
         status = Load(found, &key);
     if (!IsGood(status))
@@ -291,7 +291,7 @@ Status Writer::DeleteKey(KeyId id, std::string_view path) {
 
 Status Writer::DeleteTree(KeyId id, std::string_view path) {
     KeyId top = 0;
-    Status status = FindKey(Current(), id, path, &top);
+    Status status = FindKey(id, path, &top);
     if (!IsGood(status))
         return status;
     if (top == kRootKey)

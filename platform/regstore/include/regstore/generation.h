@@ -1,8 +1,9 @@
 // A number in a file beside the store, which daemon and mapping clients hold in shared memory.
 //
-// The daemon advances it whenever it begins its service, ends it, or stops trusting its store; it is
-// odd while the service runs. A client that maps the store compares it before each read, which costs
-// no system call, and says hello again when it changed: the store may have been replaced meanwhile.
+// The daemon advances it whenever it begins its service, ends it, or stops trusting its store; it
+// is odd while the service runs. A client that maps the store compares it before each read, which
+// costs no system call, and says hello again when it changed: the store may have been replaced
+// meanwhile.
 #ifndef REGSTORE_GENERATION_H
 #define REGSTORE_GENERATION_H
 

@@ -38,6 +38,10 @@ class Writer {
     // Makes an empty store: its own record and the root. For a new environment only.
     Status Initialise();
 
+    // The key at a path, as this transaction has it.
+    Status FindKey(KeyId id, std::string_view path, KeyId *found) const noexcept {
+        return regstore::FindKey(Current(), id, path, found);
+    }
     // Opens or creates the key and every missing one on the way.
     Status CreateKey(KeyId id, std::string_view path, std::string_view class_text, KeyId *found,
                      bool *created);
