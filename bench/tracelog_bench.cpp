@@ -33,8 +33,9 @@ void BareFormatAndWrite(benchmark::State &state) {
                           "2026-01-02T03:04:05.%06ldZ %d %d %s %s %d <return %d, position %u\n",
                           now.tv_nsec / 1000, 4711, 0, "keyfd", "GetFileChar", 120, 1, 4242u);
         benchmark::DoNotOptimize(::write(file, line, static_cast<std::size_t>(length)));
-        if (++records % kRecordsAFile == 0 && ::ftruncate(file, 0) != 0)
+        if (++records % kRecordsAFile == 0 && ::ftruncate(file, 0) != 0) {
             state.SkipWithError("cannot empty the file");
+        }
     }
     ::close(file);
 }
@@ -43,17 +44,20 @@ BENCHMARK(BareFormatAndWrite);
 void WrittenRecord(benchmark::State &state) {
     const TempFolder folder;
     const EnvironmentVariable variable("KES_STATE", folder.Path());
-    if (TraceLogInit(0, "bench", 0, 5, 0) == 0)
+    if (TraceLogInit(0, "bench", 0, 5, 0) == 0) {
         state.SkipWithError("cannot open the log");
-    while (state.KeepRunning())
+    }
+    while (state.KeepRunning()) {
         TraceLog(0, "keyfd", "GetFileChar", 120, "<return %d, position %u", 1, 4242u);
+    }
     TraceLogClose();
 }
 BENCHMARK(WrittenRecord);
 
 void UntakenRecord(benchmark::State &state) {
-    while (state.KeepRunning())
+    while (state.KeepRunning()) {
         TraceLog(0, "keyfd", "GetFileChar", 120, "<return %d, position %u", 1, 4242u);
+    }
 }
 BENCHMARK(UntakenRecord);
 

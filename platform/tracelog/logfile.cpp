@@ -28,15 +28,17 @@ constexpr std::uint64_t kRetryBytes = std::uint64_t{64} * 1024;
 // A log never takes the place of a closed stdin, stdout or stderr: what the program prints there
 // would land in it.
 int AboveStandardStreams(int descriptor) noexcept {
-    if (descriptor < 0 || descriptor > STDERR_FILENO)
+    if (descriptor < 0 || descriptor > STDERR_FILENO) {
         return descriptor;
+    }
     const base::UniqueDescriptor low(descriptor);
     return ::fcntl(low.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
 bool IsProgramName(const char *program) noexcept {
-    if (program == nullptr || *program == '\0')
+    if (program == nullptr || *program == '\0') {
         return false;
+    }
     return std::strlen(program) <= kMaxProgram && std::strchr(program, '/') == nullptr;
 }
 
@@ -44,16 +46,18 @@ bool IsProgramName(const char *program) noexcept {
 
 bool LogFile::Open(const char *program, int generations, std::uint32_t size_limit) noexcept {
     Close();
-    if (!IsProgramName(program))
+    if (!IsProgramName(program)) {
         return false;
+    }
     const std::size_t length = std::strlen(program);
     std::memcpy(name_, program, length);
     std::memcpy(name_ + length, kExtension, sizeof kExtension);
     generations_ = generations;
     limit_ = size_limit;
     constexpr std::size_t room = sizeof folder_path_ - (sizeof kLogFolder - 1);
-    if (!base::FolderPath(base::kStateFolder, folder_path_, room))
+    if (!base::FolderPath(base::kStateFolder, folder_path_, room)) {
         return false;
+    }
     std::memcpy(folder_path_ + std::strlen(folder_path_), kLogFolder, sizeof kLogFolder);
     return OpenFolder() && OpenFile();
 }
@@ -67,8 +71,9 @@ void LogFile::Close() noexcept {
 bool LogFile::OpenFolder() noexcept {
     constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
     int descriptor = ::open(folder_path_, kFlags);
-    if (descriptor < 0 && errno == ENOENT && ::mkdir(folder_path_, 0700) == 0)
+    if (descriptor < 0 && errno == ENOENT && ::mkdir(folder_path_, 0700) == 0) {
         descriptor = ::open(folder_path_, kFlags);
+    }
     folder_.Reset(AboveStandardStreams(descriptor));
     return static_cast<bool>(folder_);
 }
@@ -80,11 +85,13 @@ bool LogFile::OpenFile() noexcept {
     base::UniqueDescriptor file(
         AboveStandardStreams(::openat(folder_.Get(), name_, kFlags, S_IRUSR | S_IWUSR)));
     struct stat status;
-    if (!file || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!file || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return false;
+    }
     constexpr mode_t kMode = S_IRUSR | S_IWUSR;
-    if ((status.st_mode & ALLPERMS) != kMode && ::fchmod(file.Get(), kMode) != 0)
+    if ((status.st_mode & ALLPERMS) != kMode && ::fchmod(file.Get(), kMode) != 0) {
         return false;
+    }
     file_ = std::move(file);
     device_ = status.st_dev;
     inode_ = status.st_ino;
@@ -97,8 +104,9 @@ bool LogFile::OpenFile() noexcept {
 
 // The name is gone or belongs to another file; the whole folder may have been replaced.
 void LogFile::Reopen() noexcept {
-    if (!OpenFile() && OpenFolder())
+    if (!OpenFile() && OpenFolder()) {
         OpenFile();
+    }
 }
 
 bool LogFile::HasName(struct stat *named) const noexcept {
@@ -108,37 +116,43 @@ bool LogFile::HasName(struct stat *named) const noexcept {
 
 bool LogFile::IsLookDue(std::size_t length, const timespec &now) const noexcept {
     const long elapsed = now.tv_nsec - looked_.tv_nsec;
-    if (now.tv_sec != looked_.tv_sec || elapsed < 0 || elapsed >= kLookNanoseconds)
+    if (now.tv_sec != looked_.tv_sec || elapsed < 0 || elapsed >= kLookNanoseconds) {
         return true;
+    }
     const std::uint64_t room = limit_ > known_size_ ? limit_ - known_size_ : 0;
     return unlooked_ + length > std::min(kMaxUnlooked, room / 8);
 }
 
 void LogFile::Look(const timespec &now) noexcept {
     struct stat named;
-    if (HasName(&named))
+    if (HasName(&named)) {
         known_size_ = static_cast<std::uint64_t>(named.st_size);
-    else
+    } else {
         Reopen();
+    }
     unlooked_ = 0;
     looked_ = now;
 }
 
 void LogFile::Write(const char *line, std::size_t length, const timespec &now) noexcept {
-    if (IsLookDue(length, now))
+    if (IsLookDue(length, now)) {
         Look(now);
-    if (known_size_ > 0 && known_size_ + length > rotate_above_)
+    }
+    if (known_size_ > 0 && known_size_ + length > rotate_above_) {
         Rotate(length);
-    if (torn_)
+    }
+    if (torn_) {
         Append("\n", 1);
+    }
     Append(line, length);
 }
 
 void LogFile::Rotate(std::size_t length) noexcept {
     const base::UniqueDescriptor lock(
         ::openat(folder_.Get(), name_, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (lock && ::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0)
+    if (lock && ::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
         return;  // another process is rotating
+    }
     struct stat named;
     struct stat locked;
     if (!lock || !HasName(&named) || ::fstat(lock.Get(), &locked) != 0 ||
@@ -147,17 +161,20 @@ void LogFile::Rotate(std::size_t length) noexcept {
         return;
     }
     known_size_ = static_cast<std::uint64_t>(named.st_size);
-    if (known_size_ + length <= limit_)
+    if (known_size_ + length <= limit_) {
         return;
-    if (ShiftGenerations())
+    }
+    if (ShiftGenerations()) {
         Reopen();
-    else
+    } else {
         rotate_above_ = known_size_ + kRetryBytes;
+    }
 }
 
 bool LogFile::ShiftGenerations() const noexcept {
-    if (generations_ == 0)
+    if (generations_ == 0) {
         return ::unlinkat(folder_.Get(), name_, 0) == 0;
+    }
     char from[NAME_MAX + 1];
     char to[NAME_MAX + 1];
     for (int generation = generations_; generation > 0; --generation) {
@@ -166,8 +183,9 @@ bool LogFile::ShiftGenerations() const noexcept {
         const bool moved = ::renameat(folder_.Get(), from, folder_.Get(), to) == 0;
         // A gap, which a process killed while rotating leaves, costs nothing; anything else that
         // cannot be moved must not be overwritten by the next one.
-        if (!moved && (errno != ENOENT || generation == 1))
+        if (!moved && (errno != ENOENT || generation == 1)) {
             return false;
+        }
     }
     return true;
 }
@@ -184,8 +202,9 @@ void LogFile::NameGeneration(int generation, char *name) const noexcept {
 
 void LogFile::Append(const char *line, std::size_t length) noexcept {
     const ssize_t written = ::write(file_.Get(), line, length);
-    if (written <= 0)
+    if (written <= 0) {
         return;
+    }
     const auto bytes = static_cast<std::uint64_t>(written);
     known_size_ += bytes;
     unlooked_ += bytes;

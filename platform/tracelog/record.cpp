@@ -19,8 +19,9 @@ constexpr bool IsEscaped(unsigned byte) {
 
 constexpr std::array<bool, 256> kEscaped = [] {
     std::array<bool, 256> table{};
-    for (unsigned byte = 0; byte < table.size(); ++byte)
+    for (unsigned byte = 0; byte < table.size(); ++byte) {
         table[byte] = IsEscaped(byte);
+    }
     return table;
 }();
 
@@ -36,20 +37,23 @@ char *Escape(unsigned char byte, char *out) noexcept {
 char *AppendEscaped(const char *text, std::size_t length, char *out) noexcept {
     for (std::size_t i = 0; i < length; ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        if (kEscaped[byte])
+        if (kEscaped[byte]) {
             out = Escape(byte, out);
-        else
+        } else {
             *out++ = text[i];
+        }
     }
     return out;
 }
 
 // A blank is escaped too: it separates the fields before the text.
 char *AppendName(const char *name, char *out) noexcept {
-    if (name == nullptr)
+    if (name == nullptr) {
         name = "(null)";
-    for (std::size_t i = 0; i < kMaxName && name[i] != '\0'; ++i)
+    }
+    for (std::size_t i = 0; i < kMaxName && name[i] != '\0'; ++i) {
         out = name[i] == ' ' ? Escape(' ', out) : AppendEscaped(name + i, 1, out);
+    }
     *out++ = ' ';
     return out;
 }
@@ -62,8 +66,9 @@ char *AppendNumber(Number number, char *out) noexcept {
 }
 
 char *AppendDigits(unsigned number, int digits, char after, char *out) noexcept {
-    for (int i = digits; i-- > 0; number /= 10)
+    for (int i = digits; i-- > 0; number /= 10) {
         out[i] = static_cast<char>('0' + number % 10);
+    }
     out[digits] = after;
     return out + digits + 1;
 }
@@ -87,8 +92,9 @@ char *AppendTime(const timespec &time, char *out) noexcept {
 }
 
 std::size_t EucCharacterLength(unsigned char lead) {
-    if (lead == 0x8F)
+    if (lead == 0x8F) {
         return 3;
+    }
     return lead == 0x8E || lead >= 0xA1 ? 2 : 1;
 }
 
@@ -98,8 +104,9 @@ std::size_t WholeCharacters(const char *bytes) {
     for (;;) {
         const std::size_t next =
             length + EucCharacterLength(static_cast<unsigned char>(bytes[length]));
-        if (next > TRACELOG_MAX_TEXT)
+        if (next > TRACELOG_MAX_TEXT) {
             return length;
+        }
         length = next;
     }
 }
@@ -123,8 +130,9 @@ void CopyFormat(const char *format, Text *text) noexcept {
 }  // namespace
 
 void FormatText(const char *format, va_list arguments, Text *text) noexcept {
-    if (format == nullptr)
+    if (format == nullptr) {
         format = "(null)";
+    }
     const int length = std::vsnprintf(text->bytes, TRACELOG_MAX_TEXT + 1, format, arguments);
     if (length < 0) {
         CopyFormat(format, text);

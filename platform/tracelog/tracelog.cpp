@@ -62,19 +62,22 @@ class ErrnoKeeper {
 
 // A listener that forks holds the lock already.
 void BeforeFork() {
-    if (!t_is_listening)
+    if (!t_is_listening) {
         ::pthread_mutex_lock(&g_mutex);
+    }
 }
 
 void AfterForkInParent() {
-    if (!t_is_listening)
+    if (!t_is_listening) {
         ::pthread_mutex_unlock(&g_mutex);
+    }
 }
 
 void AfterForkInChild() {
     g_process = ::getpid();
-    if (!t_is_listening)
+    if (!t_is_listening) {
         ::pthread_mutex_unlock(&g_mutex);
+    }
 }
 
 void PrepareProcess() {
@@ -90,10 +93,11 @@ void PrepareProcessOnce() noexcept {
 // Call with the lock held after every change of what it guards.
 void UpdateLowestTaken() noexcept {
     int lowest = INT_MAX;
-    if (g_listener != nullptr)
+    if (g_listener != nullptr) {
         lowest = INT_MIN;
-    else if (g_log.file.IsOpen())
+    } else if (g_log.file.IsOpen()) {
         lowest = g_lowest_written;
+    }
     g_lowest_taken.store(lowest, std::memory_order_relaxed);
 }
 
@@ -117,17 +121,19 @@ extern "C" {
 
 int TraceLogInit(uint32_t dwFlags, const char *szProgram, int nLowestLevel, int nGenerations,
                  uint32_t dwSizeLimit) noexcept {
-    if (t_is_listening)
+    if (t_is_listening) {
         return 0;
+    }
     const ErrnoKeeper keeper;
     PrepareProcessOnce();
     const Lock lock;
     const bool valid = dwFlags == 0 && nGenerations >= 0 && nGenerations <= kMaxGenerations;
-    if (valid)
+    if (valid) {
         g_log.file.Open(szProgram, nGenerations,
                         dwSizeLimit != 0 ? dwSizeLimit : kDefaultSizeLimit);
-    else
+    } else {
         g_log.file.Close();
+    }
     g_lowest_written = nLowestLevel;
     UpdateLowestTaken();
     return g_log.file.IsOpen() ? 1 : 0;
@@ -135,8 +141,9 @@ int TraceLogInit(uint32_t dwFlags, const char *szProgram, int nLowestLevel, int 
 
 void TraceLog(int nLevel, const char *szSource, const char *szFunction, int nLine,
               const char *szFormat, ...) noexcept {
-    if (nLevel < g_lowest_taken.load(std::memory_order_relaxed) || t_is_listening)
+    if (nLevel < g_lowest_taken.load(std::memory_order_relaxed) || t_is_listening) {
         return;
+    }
     const ErrnoKeeper keeper;
     tracelog::Text text;
     va_list arguments;
@@ -147,15 +154,18 @@ void TraceLog(int nLevel, const char *szSource, const char *szFunction, int nLin
     const Lock lock;
     tracelog::Origin origin = {{}, g_process, nLevel, szSource, szFunction, nLine};
     ::clock_gettime(CLOCK_REALTIME, &origin.time);
-    if (g_listener != nullptr)
+    if (g_listener != nullptr) {
         TellListener(origin, text);
-    if (g_log.file.IsOpen() && nLevel >= g_lowest_written)
+    }
+    if (g_log.file.IsOpen() && nLevel >= g_lowest_written) {
         WriteRecord(origin, text);
+    }
 }
 
 void TraceLogSetListener(TRACELOG_LISTENER pfnListener, void *lpContext) noexcept {
-    if (t_is_listening)
+    if (t_is_listening) {
         return;
+    }
     const ErrnoKeeper keeper;
     PrepareProcessOnce();
     const Lock lock;
@@ -165,8 +175,9 @@ void TraceLogSetListener(TRACELOG_LISTENER pfnListener, void *lpContext) noexcep
 }
 
 void TraceLogClose(void) noexcept {
-    if (t_is_listening)
+    if (t_is_listening) {
         return;
+    }
     const ErrnoKeeper keeper;
     const Lock lock;
     g_log.file.Close();

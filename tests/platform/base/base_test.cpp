@@ -91,8 +91,9 @@ class Folders : public testing::TestWithParam<FolderCase> {};
 TEST_P(Folders, GivesTheVariableOrTheDefault) {
     const FolderCase &row = GetParam();
     EnvironmentVariable variable("KES_STATE");
-    if (row.value != nullptr)
+    if (row.value != nullptr) {
         variable.Set(row.value);
+    }
     char path[64] = "untouched";
     EXPECT_EQ(FolderPath(base::kStateFolder, path, sizeof path), row.path != nullptr);
     EXPECT_STREQ(path, row.path != nullptr ? row.path : "untouched");

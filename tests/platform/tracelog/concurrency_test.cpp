@@ -29,9 +29,10 @@ class Concurrency : public TraceTest {
 };
 
 void TraceRun(int writer, int count) {
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         TraceLog(0, "s", "f", writer, "%d:%d:%.*s", writer, i, i % 50,
                  std::string(50, 'x').c_str());
+    }
 }
 
 // Each writer's records must all be there, whole and in its own order.
@@ -69,10 +70,12 @@ TEST_F(Concurrency, ThreadsShareTheLog) {
     ASSERT_NE(TraceLogInit(0, "vlxfd", 0, 99, 20000), 0);
     std::vector<std::thread> threads;
     threads.reserve(4);
-    for (int writer = 0; writer < 4; ++writer)
+    for (int writer = 0; writer < 4; ++writer) {
         threads.emplace_back(TraceRun, writer, 1000);
-    for (std::thread &thread : threads)
+    }
+    for (std::thread &thread : threads) {
         thread.join();
+    }
     EXPECT_TRUE(fs::exists(Generation(5)));
     ExpectComplete(AllGenerations(), 4, 1000);
 }
@@ -82,11 +85,13 @@ TEST_F(Concurrency, ThreadsMayTraceWhileTheLogIsClosedAndOpened) {
     std::atomic<int> heard{0};
     std::vector<std::thread> threads;
     threads.reserve(2);
-    for (int writer = 0; writer < 2; ++writer)
+    for (int writer = 0; writer < 2; ++writer) {
         threads.emplace_back([&stop, writer] {
-            while (!stop)
+            while (!stop) {
                 TraceLog(1, "s", "f", writer, "x");
+            }
         });
+    }
     for (int i = 0; i < 200; ++i) {
         ASSERT_NE(TraceLogInit(0, i % 2 != 0 ? "odd" : "even", i % 3, 5, 0), 0);
         TraceLogSetListener([](const TRACELOG_RECORD *,
@@ -96,8 +101,9 @@ TEST_F(Concurrency, ThreadsMayTraceWhileTheLogIsClosedAndOpened) {
         TraceLogClose();
     }
     stop = true;
-    for (std::thread &thread : threads)
+    for (std::thread &thread : threads) {
         thread.join();
+    }
     ReadRecords(LogPath("odd"));
     ReadRecords(LogPath("even"));
 }
@@ -144,19 +150,22 @@ TEST_F(Concurrency, AForkAmongTracingThreadsLeavesTheChildAbleToTrace) {
     ASSERT_NE(TraceLogInit(0, "vlxfd", 0, 99, 0), 0);
     std::atomic<bool> stop{false};
     std::thread tracer([&stop] {
-        while (!stop)
+        while (!stop) {
             TraceLog(0, "s", "f", 1, "x");
+        }
     });
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) {
         InProcesses(1, [](int) {
             ::alarm(60);  // a lock left held would wait for ever
             TraceLog(0, "s", "f", 2, "child");
         });
+    }
     stop = true;
     tracer.join();
     int children = 0;
-    for (const LoggedRecord &record : AllGenerations())
+    for (const LoggedRecord &record : AllGenerations()) {
         children += record.text == "child" ? 1 : 0;
+    }
     EXPECT_EQ(children, 50);
 }
 

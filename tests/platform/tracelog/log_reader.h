@@ -21,8 +21,9 @@ struct LoggedRecord {
 
 // "2026-01-02T03:04:05.000006Z", each digit as 0.
 inline bool IsTime(std::string time) {
-    for (char &byte : time)
+    for (char &byte : time) {
         byte = byte >= '0' && byte <= '9' ? '0' : byte;
+    }
     return time == "0000-00-00T00:00:00.000000Z";
 }
 
@@ -31,8 +32,9 @@ inline bool ParseRecord(const std::string &line, LoggedRecord *record) {
     std::istringstream fields(line);
     fields >> record->time >> record->process >> record->level >> record->source >>
         record->function >> record->line;
-    if (!fields || fields.get() != ' ' || !IsTime(record->time))
+    if (!fields || fields.get() != ' ' || !IsTime(record->time)) {
         return false;
+    }
     std::getline(fields, record->text);
     std::ostringstream again;
     again << record->time << ' ' << record->process << ' ' << record->level << ' ' << record->source
@@ -47,10 +49,11 @@ inline std::vector<LoggedRecord> ReadRecords(const std::string &path) {
     std::istringstream lines(content);
     for (std::string line; std::getline(lines, line);) {
         LoggedRecord record;
-        if (ParseRecord(line, &record))
+        if (ParseRecord(line, &record)) {
             records.push_back(record);
-        else
+        } else {
             ADD_FAILURE() << "not a record: " << line;
+        }
     }
     return records;
 }

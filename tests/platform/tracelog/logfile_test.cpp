@@ -111,8 +111,9 @@ INSTANTIATE_TEST_SUITE_P(Rows, RefusedInit,
 TEST_F(LogFile, MayHaveTheLongestName) {
     const std::string program(248, 'p');
     ASSERT_NE(TraceLogInit(0, program.c_str(), 0, 99, 100), 0);
-    for (int i = 0; i < 150; ++i)
+    for (int i = 0; i < 150; ++i) {
         TraceLog(1, "s", "f", 1, "%060d", i);
+    }
     EXPECT_THAT(ReadRecords(LogPath(program) + ".99"), SizeIs(1));
 }
 
@@ -181,8 +182,9 @@ TEST_F(LogFile, IsNotInheritedByPrograms) {
     int found = 0;
     for (const auto &entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code gone;
-        if (fs::read_symlink(entry.path(), gone).string().find(state_.Path()) != 0)
+        if (fs::read_symlink(entry.path(), gone).string().find(state_.Path()) != 0) {
             continue;
+        }
         ++found;
         const int flags = ::fcntl(std::stoi(entry.path().filename()), F_GETFD);
         EXPECT_NE(flags & FD_CLOEXEC, 0);
@@ -192,8 +194,9 @@ TEST_F(LogFile, IsNotInheritedByPrograms) {
 
 // Every line of these tests is longer than 100 and shorter than 200 bytes.
 void TraceNumbered(int first, int last) {
-    for (int i = first; i <= last; ++i)
+    for (int i = first; i <= last; ++i) {
         TraceLog(0, "s", "f", 1, "%080d", i);
+    }
 }
 
 int NumberOf(const LoggedRecord &record) {
@@ -208,22 +211,25 @@ TEST_F(LogFile, RotatesAtItsLimit) {
         EXPECT_LE(fs::file_size(path), 1000u);
         EXPECT_GT(fs::file_size(path), 0u);
         EXPECT_EQ(ModeOf(path), 0600u);
-        for (const LoggedRecord &record : ReadRecords(path))
+        for (const LoggedRecord &record : ReadRecords(path)) {
             numbers.push_back(NumberOf(record));
+        }
     }
     EXPECT_FALSE(fs::exists(Generation(3)));
     EXPECT_GT(fs::file_size(Generation(1)), 800u);
     ASSERT_FALSE(numbers.empty());
     EXPECT_EQ(numbers.back(), 60);
-    for (std::size_t i = 1; i < numbers.size(); ++i)
+    for (std::size_t i = 1; i < numbers.size(); ++i) {
         EXPECT_EQ(numbers[i], numbers[i - 1] + 1);
+    }
 }
 
 TEST_F(LogFile, RotatesAtAMebibyteUnlessTold) {
     ASSERT_NE(TraceLogInit(0, "vlxfd", 0, 5, 0), 0);
     const std::string text(4000, 'x');
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         TraceLog(0, "s", "f", 1, "%s", text.c_str());
+    }
     EXPECT_LE(fs::file_size(Generation(1)), 1048576u);
     EXPECT_GT(fs::file_size(Generation(1)), 1040000u);
     EXPECT_FALSE(fs::exists(Generation(2)));

@@ -51,14 +51,17 @@ TEST_F(Records, HoldEveryField) {
 }
 
 TEST_F(Records, StandInTheOrderOfTheCalls) {
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         TraceLog(0, "setup", "main", i, "%d", i);
+    }
     const auto records = TraceTest::Records();
     ASSERT_THAT(records, SizeIs(100));
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(records[static_cast<std::size_t>(i)].text, std::to_string(i));
-    for (std::size_t i = 1; i < records.size(); ++i)
+    }
+    for (std::size_t i = 1; i < records.size(); ++i) {
         EXPECT_LE(records[i - 1].time, records[i].time);
+    }
 }
 
 TEST_F(Records, TakeAnyNumbers) {
@@ -117,8 +120,9 @@ TEST_F(Records, EscapeNamesSoThatFieldsStayApart) {
 TEST_F(Records, CutLongNames) {
     const std::string name(1000, '\x01');
     std::string logged;
-    for (int i = 0; i < 128; ++i)
+    for (int i = 0; i < 128; ++i) {
         logged += "\\x01";
+    }
     TraceLog(0, name.c_str(), name.c_str(), 1, "x");
     const auto records = TraceTest::Records();
     ASSERT_THAT(records, SizeIs(1));
@@ -164,8 +168,9 @@ TEST_P(Cutting, MarksTheEndOfALongText) {
 
 std::string Repeat(const std::string &piece, std::size_t count) {
     std::string text;
-    while (count-- > 0)
+    while (count-- > 0) {
         text += piece;
+    }
     return text;
 }
 

@@ -22,15 +22,19 @@ inline constexpr Folder kRunFolder = {"KES_RUN", "/run/kestro_sa"};
 // work on the wrong registry. False then, and when the path does not fit; the buffer is untouched.
 inline bool FolderPath(const Folder &folder, char *buffer, std::size_t capacity) noexcept {
     const char *path = ::secure_getenv(folder.variable);
-    if (path == nullptr || *path == '\0')
+    if (path == nullptr || *path == '\0') {
         path = folder.otherwise;
-    if (*path != '/')
+    }
+    if (*path != '/') {
         return false;
+    }
     std::size_t length = std::strlen(path);
-    while (length > 1 && path[length - 1] == '/')
+    while (length > 1 && path[length - 1] == '/') {
         --length;
-    if (length >= capacity)
+    }
+    if (length >= capacity) {
         return false;
+    }
     std::memcpy(buffer, path, length);
     buffer[length] = '\0';
     return true;

@@ -14,8 +14,9 @@ class EnvironmentVariable {
     // Without a value the variable is cleared.
     explicit EnvironmentVariable(std::string name, const std::optional<std::string> &value = {})
         : name_(std::move(name)) {
-        if (const char *former = std::getenv(name_.c_str()))
+        if (const char *former = std::getenv(name_.c_str())) {
             former_ = former;
+        }
         Set(value);
     }
     EnvironmentVariable(const EnvironmentVariable &) = delete;
@@ -23,10 +24,11 @@ class EnvironmentVariable {
     ~EnvironmentVariable() { Set(former_); }
 
     void Set(const std::optional<std::string> &value) {
-        if (value)
+        if (value) {
             ::setenv(name_.c_str(), value->c_str(), 1);
-        else
+        } else {
             ::unsetenv(name_.c_str());
+        }
     }
 
   private:

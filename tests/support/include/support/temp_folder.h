@@ -18,8 +18,9 @@ class TempFolder {
     TempFolder() {
         std::string pattern =
             (std::filesystem::temp_directory_path() / "velox-test-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr)
+        if (::mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("cannot make a folder like " + pattern);
+        }
         path_ = pattern;
     }
     TempFolder(const TempFolder &) = delete;
@@ -37,8 +38,9 @@ class TempFolder {
         std::string path = *this / name;
         std::ofstream file(path, std::ios::binary | std::ios::trunc);
         file.write(content.data(), static_cast<std::streamsize>(content.size()));
-        if (!file.flush())
+        if (!file.flush()) {
             throw std::runtime_error("cannot write " + path);
+        }
         return path;
     }
 
