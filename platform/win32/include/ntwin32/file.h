@@ -39,7 +39,8 @@ NTWIN32_API HANDLE CreateFile(const char *lpFileName, DWORD dwDesiredAccess, DWO
 
 /*
  * Reads up to nNumberOfBytesToRead bytes into lpBuffer and stores their number in
- * *lpNumberOfBytesRead: 0 with success at the end of the file. lpOverlapped must be null.
+ * *lpNumberOfBytesRead: 0 with success at the end of the file, 0 on failure. lpOverlapped must be
+ * null.
  */
 NTWIN32_API BOOL ReadFile(HANDLE hFile, void *lpBuffer, DWORD nNumberOfBytesToRead,
                           DWORD *lpNumberOfBytesRead, void *lpOverlapped) NTWIN32_NOEXCEPT;
