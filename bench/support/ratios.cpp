@@ -50,9 +50,19 @@ class Collector : public benchmark::ConsoleReporter {
     std::map<std::string, std::vector<double>> times_;
 };
 
+// A benchmark's median over that of its base; 0 when either was not measured.
+double Side(Collector &collector, const std::string &name, const std::string &base) {
+    const double median = collector.Median(name);
+    if (base.empty()) {
+        return median;
+    }
+    const double base_median = collector.Median(base);
+    return base_median == 0 ? 0 : median / base_median;
+}
+
 void Print(const Ratio &ratio, Collector &collector) {
-    const double numerator = collector.Median(ratio.numerator);
-    const double denominator = collector.Median(ratio.denominator);
+    const double numerator = Side(collector, ratio.numerator, ratio.numerator_base);
+    const double denominator = Side(collector, ratio.denominator, ratio.denominator_base);
     if (numerator == 0 || denominator == 0) {
         std::printf("%-60s not measured\n", ratio.name.c_str());
         return;

@@ -18,6 +18,10 @@ struct Ratio {
     std::string denominator;
     double goal;            // what it is to reach
     bool at_least = false;  // otherwise at most
+    // With both, how much each side grew is compared: numerator over its base, denominator over
+    // its.
+    std::string numerator_base = {};
+    std::string denominator_base = {};
 };
 
 // Runs every registered benchmark in interleaved repetitions and prints the ratios. Always gives 0:

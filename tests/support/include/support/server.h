@@ -49,6 +49,7 @@ class Server {
     std::string StoreFolder() const { return StateFolder() + "/registry"; }
     std::string SocketPath() const { return RunFolder() + "/ntserver.sock"; }
     std::string Log() const { return ReadWholeFile(folder_ / "server.log"); }
+    void ForgetLog() const { ::unlink((folder_ / "server.log").c_str()); }
     pid_t Process() const { return process_; }
 
     // Starts the process without waiting for it to be ready.
@@ -70,9 +71,11 @@ class Server {
         Spawn();
         const auto deadline = std::chrono::steady_clock::now() + kPatience;
         while (CheckNTserverReady() != 0) {
-            if (::waitpid(process_, nullptr, WNOHANG) == process_ ||
-                std::chrono::steady_clock::now() > deadline) {
-                process_ = -1;
+            const bool has_ended = ::waitpid(process_, nullptr, WNOHANG) == process_;
+            if (has_ended || std::chrono::steady_clock::now() > deadline) {
+                if (has_ended)
+                    process_ = -1;
+                Kill();
                 throw std::runtime_error("KESntserver did not start: " + Log());
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
