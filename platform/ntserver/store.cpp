@@ -190,6 +190,9 @@ Status Store::Commit(regstore::Writer *writer) {
         keys_ += growth.keys;
         values_ += growth.values;
     }
+    // While the snapshot of a dead reader stands, every commit takes new pages.
+    if (++commits_ % kCommitsBetweenChecks == 0)
+        ForgetDeadReaders();
     return status;
 }
 

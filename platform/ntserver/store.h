@@ -85,7 +85,10 @@ class Store {
                        std::vector<regstore::Status> *results);
     regstore::Status Recover(int code, std::size_t transaction);
 
+    static constexpr unsigned kCommitsBetweenChecks = 64;
+
     std::string folder_;
+    unsigned commits_ = 0;  // of this run; the committing thread's own
     base::UniqueDescriptor lock_;
     std::unique_ptr<regstore::Environment> environment_;
     std::unique_ptr<regstore::Generation> generation_;

@@ -14,7 +14,7 @@ using test_support::Server;
 constexpr char kKey[] = "FULL";
 constexpr std::size_t kDataSize = 8192;
 
-void Run(const std::string &command) {
+void RunShell(const std::string &command) {
     ASSERT_EQ(std::system(command.c_str()), 0) << command;  // NOLINT(bugprone-command-processor)
 }
 
@@ -24,10 +24,10 @@ class FullDiskTest : public ::testing::Test {
         ASSERT_EQ(::unshare(CLONE_NEWNS), 0) << "root is needed";
         ASSERT_EQ(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), 0);
         const std::string image = folder_ / "disk.img";
-        Run("truncate -s 16M " + image + " && mkfs.ext4 -q -m 0 " + image);
+        RunShell("truncate -s 16M " + image + " && mkfs.ext4 -q -m 0 " + image);
         std::filesystem::create_directories(server_.StateFolder());
-        Run("mount -o loop " + image + " " + server_.StateFolder());
-        Run("head -c 4M /dev/zero > " + Filler());
+        RunShell("mount -o loop " + image + " " + server_.StateFolder());
+        RunShell("head -c 4M /dev/zero > " + Filler());
         server_.Start();
     }
     void TearDown() override {

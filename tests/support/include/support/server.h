@@ -42,7 +42,7 @@ class Server {
     }
     Server(const Server &) = delete;
     Server &operator=(const Server &) = delete;
-    ~Server() { Kill(); }
+    ~Server() { Stop(); }
 
     std::string StateFolder() const { return folder_ / "state"; }
     std::string RunFolder() const { return folder_ / "run"; }
