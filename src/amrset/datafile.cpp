@@ -1,6 +1,7 @@
 #include "datafile.h"
 
 #include <ntwin32/file.h>
+#include <registry/folder.h>
 #include <registry/text.h>
 #include <registry/trace.h>
 #include <strings.h>
@@ -90,8 +91,7 @@ int GetFileByEnv(char *buf, const char *basepath, int fileflag) noexcept {
 
 bool DataFilePath(char (&szPath)[DATA_PATH_SIZE], LANGID wLanguage, int nFile) noexcept {
     char szDirectory[KES_DIRECTORY_SIZE] = {};
-    const DWORD dwNeeded = ExpandEnvironmentStrings("%KesDir%", szDirectory, sizeof szDirectory);
-    if (dwNeeded == 0 || dwNeeded > sizeof szDirectory) {
+    if (!ExpandProductFolder(szDirectory)) {
         return false;
     }
     const bool bJapanese = wLanguage == LANGID_JAPANESE;

@@ -5,6 +5,8 @@
 #include "contract_support.h"
 #include "support/title.h"
 
+extern "C" void ItocFromC(int number, char *buffer);
+
 namespace {
 
 using contract::kKey;
@@ -42,6 +44,8 @@ class ItocTest : public contract::ContractTest, public ::testing::WithParamInter
 TEST_P(ItocTest, Writes) {
     contract::Buffers buffer(1, 11);
     itoc(GetParam().number, buffer.Data()[0]);
+    EXPECT_THAT(buffer.Texts(1), ElementsAre(GetParam().text));
+    ItocFromC(GetParam().number, buffer.Data()[0]);
     EXPECT_THAT(buffer.Texts(1), ElementsAre(GetParam().text));
 }
 INSTANTIATE_TEST_SUITE_P(Numbers, ItocTest,
