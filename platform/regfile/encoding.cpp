@@ -3,52 +3,16 @@
 #include <regfile/text.h>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace regfile {
 
 namespace {
-
-bool IsOpen(iconv_t conversion) {
-    return conversion != reinterpret_cast<iconv_t>(-1);
-}
 
 bool IsContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0u) == 0x80u;
 }
 
 }  // namespace
-
-Converter::~Converter() {
-    if (opened_ && IsOpen(handle_)) {
-        iconv_close(handle_);
-    }
-}
-
-std::size_t Converter::Append(std::string_view text, std::string *out) {
-    if (!opened_) {
-        handle_ = iconv_open(to_, from_);
-        opened_ = true;
-    }
-    if (!IsOpen(handle_)) {
-        return 0;
-    }
-    iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-    char *from = const_cast<char *>(text.data());
-    std::size_t from_left = text.size();
-    while (from_left > 0) {
-        char block[4096];
-        char *to = block;
-        std::size_t to_left = sizeof(block);
-        const std::size_t result = iconv(handle_, &from, &from_left, &to, &to_left);
-        const bool stuck = result == static_cast<std::size_t>(-1) && errno != E2BIG;
-        out->append(block, static_cast<std::size_t>(to - block));
-        if (stuck) {
-            break;
-        }
-    }
-    return text.size() - from_left;
-}
 
 bool IsAscii(std::string_view text) {
     return std::all_of(text.begin(), text.end(),

@@ -1,34 +1,11 @@
-// What the reader and the writer of .reg files share: iconv, and scans of UTF-8.
+// What the reader and the writer of .reg files share: scans of UTF-8.
 #ifndef REGFILE_ENCODING_H
 #define REGFILE_ENCODING_H
 
-#include <iconv.h>
-
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace regfile {
-
-// One direction of iconv, opened at its first use. A conversion that the system lacks converts
-// nothing.
-class Converter {
-  public:
-    Converter(const char *to, const char *from) : to_(to), from_(from) {}
-    ~Converter();
-    Converter(const Converter &) = delete;
-    Converter &operator=(const Converter &) = delete;
-
-    // Appends the converted text to *out and gives the number of bytes of text that were converted:
-    // less than its size where a character is ill-formed or has no counterpart.
-    std::size_t Append(std::string_view text, std::string *out);
-
-  private:
-    const char *to_;
-    const char *from_;
-    bool opened_ = false;
-    iconv_t handle_{};
-};
 
 inline constexpr char kFileEncoding[] = "UTF-8";
 

@@ -1,4 +1,5 @@
 #include <ntwin32/registry.h>
+#include <regfile/converter.h>
 #include <regfile/regfile.h>
 #include <regfile/text.h>
 

@@ -1,5 +1,7 @@
 #include "scanner.h"
 
+#include <regfile/converter.h>
+
 #include <algorithm>
 #include <utility>
 

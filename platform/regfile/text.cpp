@@ -1,3 +1,4 @@
+#include <regfile/converter.h>
 #include <regfile/text.h>
 
 #include "encoding.h"

@@ -1,7 +1,7 @@
 #include "terminal.h"
 
-#include <iconv.h>
 #include <langinfo.h>
+#include <regfile/converter.h>
 #include <regfile/text.h>
 
 #include <algorithm>
@@ -20,39 +20,6 @@ bool IsPlain(char byte) {
     return static_cast<unsigned char>(byte) >= 0x20 && static_cast<unsigned char>(byte) < 0x7F;
 }
 
-// An iconv conversion between UTF-8 and the terminal's encoding, open as long as the program runs.
-class Conversion {
-  public:
-    Conversion(const char *to, const char *from) : handle_(iconv_open(to, from)) {}
-
-    // Appends the converted text; false when any of it has no counterpart.
-    bool Append(std::string_view text, std::string *out) const {
-        if (handle_ == reinterpret_cast<iconv_t>(-1)) {
-            return false;
-        }
-        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-        char *from = const_cast<char *>(text.data());
-        std::size_t from_left = text.size();
-        for (bool flushed = false; !flushed;) {
-            char block[512];
-            char *to = block;
-            std::size_t to_left = sizeof(block);
-            // The last call brings an encoding with shift states back to its first one.
-            flushed = from_left == 0;
-            const std::size_t result = flushed ? iconv(handle_, nullptr, nullptr, &to, &to_left)
-                                               : iconv(handle_, &from, &from_left, &to, &to_left);
-            out->append(block, static_cast<std::size_t>(to - block));
-            if (result == static_cast<std::size_t>(-1) && errno != E2BIG) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-  private:
-    iconv_t handle_;
-};
-
 bool TerminalIsUtf8() {
     return std::strcmp(TerminalEncoding(), "UTF-8") == 0;
 }
@@ -64,14 +31,14 @@ std::string Escaped(const char *format, char32_t number) {
 }
 
 void AppendCharacter(std::string_view utf8, char32_t character, std::string *out) {
-    static const Conversion to_terminal(TerminalEncoding(), "UTF-8");
+    static regfile::Converter to_terminal(TerminalEncoding(), "UTF-8");
     if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
         *out += Escaped("\\x%02x", character);
     } else if (character > regfile::kRawByte && character <= regfile::kRawByte + 0xFF) {
         *out += Escaped("\\x%02x", character - regfile::kRawByte);
     } else if (character < 0x7F || TerminalIsUtf8()) {
         out->append(utf8);
-    } else if (std::string converted; to_terminal.Append(utf8, &converted)) {
+    } else if (std::string converted; to_terminal.Append(utf8, &converted) == utf8.size()) {
         out->append(converted);
     } else {
         *out += Escaped("\\u%04x", character);
@@ -118,9 +85,9 @@ std::string TerminalToUtf8(std::string_view text, const char *what) {
     if (std::ranges::all_of(text, IsPlain)) {
         return std::string(text);
     }
-    static const Conversion from_terminal("UTF-8", TerminalEncoding());
+    static regfile::Converter from_terminal("UTF-8", TerminalEncoding());
     std::string utf8;
-    if (!from_terminal.Append(text, &utf8)) {
+    if (from_terminal.Append(text, &utf8) < text.size()) {
         Fail(EX_DATAERR,
              std::string(what) + " is no text in the terminal's encoding " + TerminalEncoding());
     }
