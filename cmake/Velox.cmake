@@ -85,6 +85,14 @@ function(velox_target name kind)
   endif()
 endfunction()
 
+# velox_quick_start(NAME): the C++ runtime goes into the target, because loading it as a shared library
+# takes longer than what a short command does. Sanitizers need the shared one.
+function(velox_quick_start name)
+  if(NOT VELOX_SANITIZE)
+    target_link_options(${name} PRIVATE -static-libstdc++ -static-libgcc -Wl,--gc-sections)
+  endif()
+endfunction()
+
 # velox_shared_library(NAME ...): a public library of the product, installed with its headers.
 function(velox_shared_library name)
   velox_target(${name} SHARED ${ARGN})

@@ -42,13 +42,13 @@ int StatusOfErrno(int error_number) {
     switch (error_number) {
         case ENOENT:
         case ENOTDIR:
+        case EISDIR:
             return EX_NOINPUT;
         case EACCES:
         case EPERM:
         case EROFS:
             return EX_NOPERM;
         case EEXIST:
-        case EISDIR:
             return EX_CANTCREAT;
         default:
             return EX_IOERR;

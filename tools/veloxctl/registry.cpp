@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::string_view kRoot = "HKEY_LOCAL_MACHINE";
 constexpr std::string_view kShortRoot = "HKLM";
+constexpr std::string_view kOtherRoots[] = {"HKCU", "HKCR", "HKU", "HKCC"};
 
 // An open key, closed at the end.
 class Key {
@@ -45,14 +46,12 @@ void Require(LONG error, const std::string &path) {
     }
 }
 
-// True when the first name of a path, up to the separator, is a root's name.
-bool TakesRoot(std::string *path, std::string_view root) {
-    if (Folded(path->substr(0, root.size())) != Folded(root) ||
-        (path->size() > root.size() && (*path)[root.size()] != '\\')) {
-        return false;
-    }
-    path->erase(0, root.size() + 1);
-    return true;
+// A root that this registry does not have, or a remote machine.
+bool NamesOtherRoot(const std::string &path) {
+    const std::string first = Folded(path.substr(0, path.find('\\')));
+    return first.starts_with("hkey_") || (first.empty() && !path.empty()) ||
+           std::ranges::any_of(kOtherRoots,
+                               [&](std::string_view root) { return first == Folded(root); });
 }
 
 std::optional<regfile::Value> QueryValue(const Key &key, const std::string &path,
@@ -144,8 +143,12 @@ std::string KeyPath(const std::string &word) {
     if (path.find('\\') == std::string::npos) {
         std::ranges::replace(path, '/', '\\');
     }
-    if (!TakesRoot(&path, kRoot) && !TakesRoot(&path, kShortRoot) &&
-        (Folded(path).starts_with("hkey_") || path.starts_with('\\'))) {
+    const std::size_t first = std::min(path.find('\\'), path.size());
+    const std::string root = Folded(path.substr(0, first));
+    if (root == Folded(kRoot) || root == Folded(kShortRoot)) {
+        return path.substr(std::min(first + 1, path.size()));
+    }
+    if (NamesOtherRoot(path)) {
         Fail(EX_USAGE, StoredToTerminal(path) + ": there is no other root than HKEY_LOCAL_MACHINE");
     }
     return path;

@@ -41,8 +41,8 @@ std::string StepLine(const PlanStep &step) {
         case StepKind::kCreateKey:
             return "create key      " + key;
         case StepKind::kDeleteKey:
-            return "delete key      " + key + "    " + std::to_string(step.keys) + " sub-keys, " +
-                   std::to_string(step.values) + " values";
+            return "delete key      " + key + "    keys below: " + std::to_string(step.keys) +
+                   ", values: " + std::to_string(step.values);
         case StepKind::kAddValue:
             return "add value       " + key + "    " + ShownName(step.after->name) + "    " +
                    ShownValue(*step.after);

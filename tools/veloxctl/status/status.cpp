@@ -89,13 +89,13 @@ void PrintServer(const Status &now) {
     }
     const KES_REG_SERVER_INFO &server = now.server;
     Print("Registry server: running, version " + Utf8ToTerminal(server.szVersion) + ", process " +
-          std::to_string(server.dwProcessId) + ", " + std::to_string(server.dwClients) +
-          " connections\n");
+          std::to_string(server.dwProcessId) + ", clients: " + std::to_string(server.dwClients) +
+          "\n");
     Print("Store:           " + Utf8ToTerminal(server.szStore) + ", format " +
           std::to_string(server.qwFormat) + ", " + std::to_string(server.qwStoreBytes) +
           " bytes\n");
-    Print("Content:         " + std::to_string(server.qwKeys) + " keys, " +
-          std::to_string(server.qwValues) + " values\n");
+    Print("Content:         keys: " + std::to_string(server.qwKeys) +
+          ", values: " + std::to_string(server.qwValues) + "\n");
 }
 
 void PrintImport(const Status &now) {
