@@ -24,6 +24,7 @@ struct Files {
     std::map<HANDLE, OpenFile> open;
     std::map<HANDLE, bool> events;  // signalled or not
     HANDLE next = 0x100;
+    DWORD read_limit = 0xFFFFFFFF;
 };
 
 Files &TheFiles() {
@@ -35,6 +36,10 @@ Files &TheFiles() {
 
 void AddFile(const std::string &path, std::string bytes) {
     TheFiles().by_path[path] = std::move(bytes);
+}
+
+void LimitReads(DWORD size) {
+    TheFiles().read_limit = size;
 }
 
 int OpenFiles() {
@@ -82,8 +87,8 @@ BOOL ReadFile(HANDLE hFile, void *lpBuffer, DWORD nNumberOfBytesToRead, DWORD *l
         return FALSE;
     }
     OpenFile &file = found->second;
-    const std::size_t size =
-        std::min<std::size_t>(nNumberOfBytesToRead, file.bytes.size() - file.position);
+    const std::size_t size = std::min<std::size_t>(
+        std::min(nNumberOfBytesToRead, TheFiles().read_limit), file.bytes.size() - file.position);
     std::memcpy(lpBuffer, file.bytes.data() + file.position, size);
     file.position += size;
     *lpNumberOfBytesRead = static_cast<DWORD>(size);

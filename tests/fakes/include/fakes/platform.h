@@ -87,6 +87,8 @@ System &TheSystem();
 
 // Files that CreateFile opens.
 void AddFile(const std::string &path, std::string bytes);
+// Lets each ReadFile give at most `size` bytes, as a slow medium may.
+void LimitReads(DWORD size);
 // Files that UUCdDeCodingFromFile decodes, by path: what comes out. Others fail.
 void AddEncodedFile(const std::string &path, std::string decoded);
 // The fake codec's form, which UUCdDeCodingFromMemory takes and UUCdEnCodingToMemory makes.
