@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "keyfd/item_text.h"
-#include "registry/catalogue.h"
 #include "steps.h"
 
 static bool Fail(HEARTBEAT_PARSER *lpParser, HEARTBEAT_ERROR eError) noexcept {

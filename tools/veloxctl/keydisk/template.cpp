@@ -1,4 +1,5 @@
 // "veloxctl keydisk template".
+#include <keyfd/heartbeat_text.h>
 #include <ntwin32/registry.h>
 #include <records/address_items.h>
 #include <records/customer_items.h>

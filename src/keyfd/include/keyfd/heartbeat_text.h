@@ -5,6 +5,11 @@
 
 #include <ntwin32/types.h>
 
+#include "registry/catalogue.h"
+
+// The one item line: a message of the catalogue, with its brackets.
+#define KEYDISK_HEARTBEAT_ITEM CATALOGUE_MESSAGE("[HEART-BEAT-INT]")
+
 enum HEARTBEAT_ERROR {
     HEARTBEAT_ERROR_NONE,
     HEARTBEAT_ERROR_ITEM,        // the first line is not the item line

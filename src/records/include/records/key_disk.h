@@ -14,9 +14,6 @@ inline constexpr std::size_t KEYDISK_MAX_LINE = 1024;
 // An item's value in bytes, without terminator.
 inline constexpr std::size_t KEYDISK_MAX_VALUE = 16384;
 
-// The heart-beat file's one item line, a message of the catalogue with its brackets.
-#define KEYDISK_HEARTBEAT_ITEM "[HEART-BEAT-INT]"
-
 // The mark that some editors leave at the end of a file.
 inline constexpr char KEYDISK_END_MARK = '\x1A';
 
