@@ -90,6 +90,10 @@ std::string Resolved(const std::string &path) {
     return place;
 }
 
+[[noreturn]] void FailTooLarge(const std::string &shown, std::size_t limit) {
+    Fail(EX_DATAERR, shown + ": larger than " + std::to_string(limit) + " bytes");
+}
+
 }  // namespace
 
 std::string ReadFile(const std::string &path, std::size_t limit) {
@@ -98,6 +102,11 @@ std::string ReadFile(const std::string &path, std::size_t limit) {
     const Descriptor file(is_input ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.Get() < 0) {
         FailSystem(shown, errno);
+    }
+    struct stat status = {};
+    if (fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
+        static_cast<std::size_t>(status.st_size) > limit) {
+        FailTooLarge(shown, limit);
     }
     std::string bytes;
     for (;;) {
@@ -113,7 +122,7 @@ std::string ReadFile(const std::string &path, std::size_t limit) {
             return bytes;
         }
         if (bytes.size() > limit) {
-            Fail(EX_DATAERR, shown + ": larger than " + std::to_string(limit) + " bytes");
+            FailTooLarge(shown, limit);
         }
     }
 }
