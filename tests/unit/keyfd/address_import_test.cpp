@@ -84,21 +84,11 @@ TEST_F(AddressImportTest, JapaneseNamesAreConverted) {
     EXPECT_EQ(fakes::Text(kSetup, "MAILADRS"), "a@b");
 }
 
-struct Refused {
-    std::string title;
-    std::string text;  // Shift-JIS bytes
-    std::string message;
-    int state = 0;
-    std::string line = {};
-    bool item_line = false;
-    std::vector<std::string> written_before = {};
-    bool japanese = false;
-};
-
-class AddressRefused : public KeyDiskTest, public ::testing::WithParamInterface<Refused> {};
+// The texts and lines are Shift-JIS.
+class AddressRefused : public KeyDiskTest, public ::testing::WithParamInterface<RefusedFile> {};
 
 TEST_P(AddressRefused, FailsWithItsRows) {
-    const Refused &row = GetParam();
+    const RefusedFile &row = GetParam();
     if (row.japanese) {
         Japanese();
         Customer(ToSjis("[お客様名称(カナ)]\r\nEXAMPLE\r\n"));
@@ -117,43 +107,45 @@ TEST_P(AddressRefused, FailsWithItsRows) {
 INSTANTIATE_TEST_SUITE_P(
     AddressImport, AddressRefused,
     ::testing::Values(
-        Refused{"ValueFirst", "a@b\r\n", "Case 0 : itemname = FALSE", 0, "a@b"},
-        Refused{"EmptyCrLfLineFirst", "\r\n[E-MAIL]\r\n", "Case 0 : itemname = FALSE", 0, ""},
-        Refused{"BlankBeforeTheBracket", " [E-MAIL]\r\n", "Case 0 : itemname = FALSE", 0,
-                " [E-MAIL]"},
-        Refused{"Unknown", "[NONE]\r\n", "Invalided item : NONE ", 0, "[NONE]", true},
-        Refused{"UnknownLater",
-                "[E-MAIL]\r\nA\r\n[NONE]\r\n",
-                "Invalided item : NONE ",
-                2,
-                "[NONE]",
-                true,
-                {"MailAdrs=A"}},
-        Refused{"UnknownAfterAnItemLine", "[E-MAIL]\r\n[NONE]\r\n", "Invalided item : NONE ", 1,
-                "[NONE]", true},
-        Refused{"EmptyName", "[]\r\n", "Invalided item :  ", 0, "[]", true},
-        Refused{"LongerName", "[E-MAILS]\r\n", "Invalided item : E-MAILS ", 0, "[E-MAILS]", true},
-        Refused{"ANameThatDoesNotConvert", "[\x81\x20]\r\n", "Invalided item :  ", 0, "[\x81\x20]",
-                true},
-        Refused{"LastByteIsATrailByte", "[\x83\x5D\r\n", "Invalided item :  ", 0, "[\x83\x5D",
-                true},
-        Refused{"TheConvertedNameIsShown", ToSjis("[例]\r\n"), "Invalided item : " + ToEuc("例 "),
-                0, ToSjis("[例]"), true},
-        Refused{"JapaneseDiskOnAnEnglishSystem", ToSjis("[メールアドレス]\r\n"),
-                "KeyFD language error : NEED:\"E-MAIL\" <- KeyFD=\"" + ToEuc("メールアドレス\""), 0,
-                ToSjis("[メールアドレス]"), true},
-        Refused{"EnglishDiskOnAJapaneseSystem",
-                "[PHONENO]\r\n",
-                "KeyFD language error : NEED:\"" + ToEuc("電話番号") + "\" <- KeyFD=\"PHONENO\"",
-                0,
-                "[PHONENO]",
-                true,
-                {},
-                true}),
+        RefusedFile{"ValueFirst", "a@b\r\n", "Case 0 : itemname = FALSE", 0, "a@b"},
+        RefusedFile{"EmptyCrLfLineFirst", "\r\n[E-MAIL]\r\n", "Case 0 : itemname = FALSE", 0, ""},
+        RefusedFile{"BlankBeforeTheBracket", " [E-MAIL]\r\n", "Case 0 : itemname = FALSE", 0,
+                    " [E-MAIL]"},
+        RefusedFile{"Unknown", "[NONE]\r\n", "Invalided item : NONE ", 0, "[NONE]", true},
+        RefusedFile{"UnknownLater",
+                    "[E-MAIL]\r\nA\r\n[NONE]\r\n",
+                    "Invalided item : NONE ",
+                    2,
+                    "[NONE]",
+                    true,
+                    {"MailAdrs=A"}},
+        RefusedFile{"UnknownAfterAnItemLine", "[E-MAIL]\r\n[NONE]\r\n", "Invalided item : NONE ", 1,
+                    "[NONE]", true},
+        RefusedFile{"EmptyName", "[]\r\n", "Invalided item :  ", 0, "[]", true},
+        RefusedFile{"LongerName", "[E-MAILS]\r\n", "Invalided item : E-MAILS ", 0, "[E-MAILS]",
+                    true},
+        RefusedFile{"ANameThatDoesNotConvert", "[\x81\x20]\r\n", "Invalided item :  ", 0,
+                    "[\x81\x20]", true},
+        RefusedFile{"LastByteIsATrailByte", "[\x83\x5D\r\n", "Invalided item :  ", 0, "[\x83\x5D",
+                    true},
+        RefusedFile{"TheConvertedNameIsShown", ToSjis("[例]\r\n"),
+                    "Invalided item : " + ToEuc("例 "), 0, ToSjis("[例]"), true},
+        RefusedFile{
+            "JapaneseDiskOnAnEnglishSystem", ToSjis("[メールアドレス]\r\n"),
+            "KeyFD language error : NEED:\"E-MAIL\" <- KeyFD=\"" + ToEuc("メールアドレス\""), 0,
+            ToSjis("[メールアドレス]"), true},
+        RefusedFile{
+            "EnglishDiskOnAJapaneseSystem",
+            "[PHONENO]\r\n",
+            "KeyFD language error : NEED:\"" + ToEuc("電話番号") + "\" <- KeyFD=\"PHONENO\"",
+            0,
+            "[PHONENO]",
+            true,
+            {},
+            true}),
     test_support::Title());
 
-// ---- Limits
-// --------------------------------------------------------------------------------------
+// ---- Limits -----------------------------------------------------------------------------------
 
 TEST_F(AddressImportTest, PiecesOfALongLineAreValueLines) {
     const std::string piece(KEYDISK_MAX_LINE, 'x');
@@ -196,8 +188,7 @@ TEST_F(AddressImportTest, AValueOverTheLimitFails) {
     EXPECT_THAT(Writes(), ElementsAre(kCustomerWrite));
 }
 
-// ---- Failing calls
-// -------------------------------------------------------------------------------
+// ---- Failing calls ----------------------------------------------------------------------------
 
 TEST_F(AddressImportTest, IsOpenedForReadingOnly) {
     EXPECT_EQ(Import(), KEYFD_IMPORTED);

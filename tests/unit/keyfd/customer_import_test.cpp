@@ -18,8 +18,7 @@ using ::testing::ElementsAreArray;
 
 class CustomerImportTest : public KeyDiskTest {};
 
-// ---- What is stored
-// ------------------------------------------------------------------------------
+// ---- What is stored ---------------------------------------------------------------------------
 
 struct Stored {
     std::string title;
@@ -157,8 +156,7 @@ TEST_F(CustomerImportTest, TheCatalogueNamesTheCustomerKinds) {
     EXPECT_TRUE(fakes::HasTrace(1, "Mismatch data error!"));
 }
 
-// ---- Limits
-// --------------------------------------------------------------------------------------
+// ---- Limits -----------------------------------------------------------------------------------
 
 TEST_F(CustomerImportTest, TheLongestLineIsStored) {
     const std::string value(KEYDISK_MAX_LINE - 2, 'x');
@@ -209,24 +207,13 @@ TEST_F(CustomerImportTest, AValueThatIsOneByteTooLongFails) {
     EXPECT_TRUE(Writes().empty());
 }
 
-// ---- Failures
-// ------------------------------------------------------------------------------------
+// ---- Failures ---------------------------------------------------------------------------------
 
-struct Refused {
-    std::string title;
-    std::string text;  // UTF-8
-    std::string message;
-    int state = 0;
-    std::string line = {};
-    bool item_line = false;
-    std::vector<std::string> written_before = {};
-    bool japanese = false;
-};
-
-class RefusedCases : public KeyDiskTest, public ::testing::WithParamInterface<Refused> {};
+// All texts are UTF-8.
+class RefusedCases : public KeyDiskTest, public ::testing::WithParamInterface<RefusedFile> {};
 
 TEST_P(RefusedCases, FailsWithItsRows) {
-    const Refused &row = GetParam();
+    const RefusedFile &row = GetParam();
     if (row.japanese) {
         Japanese();
     }
@@ -242,90 +229,91 @@ const std::string kWritten = "[USER-NAME]\r\nA\r\n[USER-DIVISION]\r\nB\r\n";
 
 INSTANTIATE_TEST_SUITE_P(
     CustomerImport, RefusedCases,
-    ::testing::Values(Refused{"Empty", "", "GetCRLF() failed!!", 0, "", false},
-                      Refused{"OneByte", "A", "Case 0 : itemname = FALSE", 0, "A", false},
-                      Refused{"BeginsWithALineBreak", "\r\n[USER-NAME]\r\nA\r\n",
-                              "GetCRLF() failed!!", 0, "", false},
-                      Refused{"BeginsWithAZeroByte", std::string("\0[USER-NAME]\r\n", 14),
-                              "GetCRLF() failed!!", 0, "", false},
-                      Refused{"NoLineBreak", "[USER-NAME]", "GetCRLF() failed!!", 0, "", false},
-                      Refused{"TextBeforeTheFirstItem", "A\r\n[USER-NAME]\r\n",
-                              "Case 0 : itemname = FALSE", 0, "A", false},
-                      Refused{"ABlankBeforeTheBracket", " [USER-NAME]\r\n",
-                              "Case 0 : itemname = FALSE", 0, " [USER-NAME]", false},
-                      Refused{"UnknownFirstItem", "[NONE]\r\nA\r\n", "Invalided item : NONE ", 0,
-                              "[NONE]", true},
-                      Refused{"EmptyItemName", "[]\r\nA\r\n", "Invalided item :  ", 0, "[]", true},
-                      Refused{"UnknownLaterItem",
-                              kWritten + "[NONE]\r\n",
-                              "Invalided item : NONE ",
-                              2,
-                              "[NONE]",
-                              true,
-                              {"TOKUINMA=A", "BUNMN=B"}},
-                      Refused{"UnknownItemAfterAnItemLine", "[USER-NAME]\r\n[NONE]\r\n",
-                              "Invalided item : NONE ", 1, "[NONE]", true},
-                      Refused{"NumberTooShort", "[SUB-N-CODE 1]\r\nA\r\n",
-                              "Case 0 : Option Number Error!", 0, "[SUB-N-CODE 1]", true},
-                      Refused{"NumberTooLong",
-                              kWritten + "[SUB-N-CODE 001]\r\nA\r\n",
-                              "Case 0 : Option Number Error!",
-                              2,
-                              "[SUB-N-CODE 001]",
-                              true,
-                              {"TOKUINMA=A", "BUNMN=B"}},
-                      Refused{"JapaneseDiskOnAnEnglishSystem", "[お客様属性]\r\nA\r\n",
-                              "KeyFD language error : NEED:\"CONTRACT\" <- KeyFD=\"お客様属性\"", 0,
-                              "[お客様属性]", true},
-                      Refused{"EnglishDiskOnAJapaneseSystem",
-                              "[CONTRACT]\r\nA\r\n",
-                              "KeyFD language error : NEED:\"お客様属性\" <- KeyFD=\"CONTRACT\"",
-                              0,
-                              "[CONTRACT]",
-                              true,
-                              {},
-                              true},
-                      Refused{"LaterEnglishItemOnAJapaneseSystem",
-                              "[部署名]\r\nA\r\n[N-CODE]\r\n",
-                              "KeyFD language error : NEED:\"装置コード\" <- KeyFD=\"N-CODE\"",
-                              2,
-                              "[N-CODE]",
-                              true,
-                              {"BUNMN=A"},
-                              true},
-                      Refused{"AsteriskOnAJapaneseSystem",
-                              "[*]\r\nA\r\n",
-                              "KeyFD language error : NEED:\"お客様名称(漢字)\" <- KeyFD=\"*\"",
-                              0,
-                              "[*]",
-                              true,
-                              {},
-                              true},
-                      Refused{"ContractMismatchDuringTheFile",
-                              "[USER-NAME]\r\nA\r\n[CONTRACT]\r\nOther\r\n[USER-DIVISION]\r\n",
-                              "Mismatch data1 error!",
-                              2,
-                              "[USER-DIVISION]",
-                              true,
-                              {"TOKUINMA=A"}},
-                      Refused{"ContractMismatchAtTheEnd",
-                              "[USER-NAME]\r\nA\r\n[CONTRACT]\r\nOther\r\n",
-                              "Mismatch data error!",
-                              2,
-                              "Other",
-                              false,
-                              {"TOKUINMA=A"}},
-                      Refused{"ContractAloneWithoutValue", "[CONTRACT]\r\n", "Mismatch data error!",
-                              1, "[CONTRACT]", true},
-                      Refused{"ContractTakesTheValueBefore",
-                              "[USER-NAME]\r\nA\r\n[CONTRACT]\r\n",
-                              "Mismatch data error!",
-                              1,
-                              "[CONTRACT]",
-                              true,
-                              {"TOKUINMA=A"}},
-                      Refused{"ContractCaseCounts", "[CONTRACT]\r\ncorporate\r\n",
-                              "Mismatch data error!", 2, "corporate", false}),
+    ::testing::Values(
+        RefusedFile{"Empty", "", "GetCRLF() failed!!", 0, "", false},
+        RefusedFile{"OneByte", "A", "Case 0 : itemname = FALSE", 0, "A", false},
+        RefusedFile{"BeginsWithALineBreak", "\r\n[USER-NAME]\r\nA\r\n", "GetCRLF() failed!!", 0, "",
+                    false},
+        RefusedFile{"BeginsWithAZeroByte", std::string("\0[USER-NAME]\r\n", 14),
+                    "GetCRLF() failed!!", 0, "", false},
+        RefusedFile{"NoLineBreak", "[USER-NAME]", "GetCRLF() failed!!", 0, "", false},
+        RefusedFile{"TextBeforeTheFirstItem", "A\r\n[USER-NAME]\r\n", "Case 0 : itemname = FALSE",
+                    0, "A", false},
+        RefusedFile{"ABlankBeforeTheBracket", " [USER-NAME]\r\n", "Case 0 : itemname = FALSE", 0,
+                    " [USER-NAME]", false},
+        RefusedFile{"UnknownFirstItem", "[NONE]\r\nA\r\n", "Invalided item : NONE ", 0, "[NONE]",
+                    true},
+        RefusedFile{"EmptyItemName", "[]\r\nA\r\n", "Invalided item :  ", 0, "[]", true},
+        RefusedFile{"UnknownLaterItem",
+                    kWritten + "[NONE]\r\n",
+                    "Invalided item : NONE ",
+                    2,
+                    "[NONE]",
+                    true,
+                    {"TOKUINMA=A", "BUNMN=B"}},
+        RefusedFile{"UnknownItemAfterAnItemLine", "[USER-NAME]\r\n[NONE]\r\n",
+                    "Invalided item : NONE ", 1, "[NONE]", true},
+        RefusedFile{"NumberTooShort", "[SUB-N-CODE 1]\r\nA\r\n", "Case 0 : Option Number Error!", 0,
+                    "[SUB-N-CODE 1]", true},
+        RefusedFile{"NumberTooLong",
+                    kWritten + "[SUB-N-CODE 001]\r\nA\r\n",
+                    "Case 0 : Option Number Error!",
+                    2,
+                    "[SUB-N-CODE 001]",
+                    true,
+                    {"TOKUINMA=A", "BUNMN=B"}},
+        RefusedFile{"JapaneseDiskOnAnEnglishSystem", "[お客様属性]\r\nA\r\n",
+                    "KeyFD language error : NEED:\"CONTRACT\" <- KeyFD=\"お客様属性\"", 0,
+                    "[お客様属性]", true},
+        RefusedFile{"EnglishDiskOnAJapaneseSystem",
+                    "[CONTRACT]\r\nA\r\n",
+                    "KeyFD language error : NEED:\"お客様属性\" <- KeyFD=\"CONTRACT\"",
+                    0,
+                    "[CONTRACT]",
+                    true,
+                    {},
+                    true},
+        RefusedFile{"LaterEnglishItemOnAJapaneseSystem",
+                    "[部署名]\r\nA\r\n[N-CODE]\r\n",
+                    "KeyFD language error : NEED:\"装置コード\" <- KeyFD=\"N-CODE\"",
+                    2,
+                    "[N-CODE]",
+                    true,
+                    {"BUNMN=A"},
+                    true},
+        RefusedFile{"AsteriskOnAJapaneseSystem",
+                    "[*]\r\nA\r\n",
+                    "KeyFD language error : NEED:\"お客様名称(漢字)\" <- KeyFD=\"*\"",
+                    0,
+                    "[*]",
+                    true,
+                    {},
+                    true},
+        RefusedFile{"ContractMismatchDuringTheFile",
+                    "[USER-NAME]\r\nA\r\n[CONTRACT]\r\nOther\r\n[USER-DIVISION]\r\n",
+                    "Mismatch data1 error!",
+                    2,
+                    "[USER-DIVISION]",
+                    true,
+                    {"TOKUINMA=A"}},
+        RefusedFile{"ContractMismatchAtTheEnd",
+                    "[USER-NAME]\r\nA\r\n[CONTRACT]\r\nOther\r\n",
+                    "Mismatch data error!",
+                    2,
+                    "Other",
+                    false,
+                    {"TOKUINMA=A"}},
+        RefusedFile{"ContractAloneWithoutValue", "[CONTRACT]\r\n", "Mismatch data error!", 1,
+                    "[CONTRACT]", true},
+        RefusedFile{"ContractTakesTheValueBefore",
+                    "[USER-NAME]\r\nA\r\n[CONTRACT]\r\n",
+                    "Mismatch data error!",
+                    1,
+                    "[CONTRACT]",
+                    true,
+                    {"TOKUINMA=A"}},
+        RefusedFile{"ContractCaseCounts", "[CONTRACT]\r\ncorporate\r\n", "Mismatch data error!", 2,
+                    "corporate", false}),
     test_support::Title());
 
 // The contract's last value may be one that another item left behind.
@@ -389,8 +377,7 @@ TEST_F(CustomerImportTest, WhatWasWrittenStays) {
     EXPECT_EQ(fakes::Text(kSetting, "BUNMN"), std::nullopt);
 }
 
-// ---- Decoding and conversion
-// ---------------------------------------------------------------------
+// ---- Decoding and conversion ------------------------------------------------------------------
 
 TEST_F(CustomerImportTest, TheThreeStagesAreTraced) {
     Customer(ToSjis("[USER-NAME]\r\n例\r\n"));

@@ -13,9 +13,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::MatchesRegex;
 
-constexpr char kDestination[] =
-    "SOFTWARE\\XEV\\KESALERTMAN\\DESTINATION\\ID_LIST\\VELOXREPORT\\Address";
-
 class DriverTest : public KeyDiskTest {
   protected:
     void SetUp() override {
@@ -92,8 +89,7 @@ TEST_F(DriverTest, AFailedImport) {
     EXPECT_THAT(DriverTrace(), ElementsAre("0 >", "3 CheckKeyFD():dwResult = 1", "0 <return 200."));
 }
 
-// ---- The mail address
-// ----------------------------------------------------------------------------
+// ---- The mail address -------------------------------------------------------------------------
 
 TEST_F(DriverTest, WithoutAMailAddressNothingIsWritten) {
     Address("[PHONENO]\r\n03\r\n");
@@ -132,8 +128,7 @@ TEST_F(DriverTest, WithoutTheDestinationNoKeyIsMade) {
     EXPECT_EQ(fakes::Text(kSetup, "VERSION"), "3.1");
 }
 
-// ---- The version
-// ---------------------------------------------------------------------------------
+// ---- The version ------------------------------------------------------------------------------
 
 TEST_F(DriverTest, WithoutAVersion) {
     fakes::DeleteValue(kSetup, "VERSION");
@@ -201,8 +196,7 @@ TEST_F(DriverTest, AVersionWithoutTerminatorStaysInside) {
     EXPECT_EQ(DriverTrace().back(), "1 <AMAMRegWrite VERSION Failed");
 }
 
-// ---- The heart-beat interval
-// ---------------------------------------------------------------------
+// ---- The heart-beat interval ------------------------------------------------------------------
 
 TEST_F(DriverTest, AMissingIntervalIsNotWritten) {
     EXPECT_EQ(GetOpenMsgfromFD(), SETUP_DONE);
@@ -238,8 +232,7 @@ TEST_F(DriverTest, TypeAndSizeOfTheIntervalAreKept) {
     EXPECT_EQ(interval->second, "\x01");
 }
 
-// ---- Failing writes
-// ------------------------------------------------------------------------------
+// ---- Failing writes ---------------------------------------------------------------------------
 
 struct FailedWrite {
     std::string title;
@@ -268,8 +261,7 @@ INSTANTIATE_TEST_SUITE_P(
                       FailedWrite{"ComputerName", 6, 1, "SetRealComputerName() Failed!"}),
     test_support::Title());
 
-// ---- GetosDescri
-// ---------------------------------------------------------------------------------
+// ---- GetosDescri ------------------------------------------------------------------------------
 
 struct Distribution {
     std::string title;
@@ -319,8 +311,7 @@ TEST_F(DriverTest, ADescriptionWithoutBufferIsOnlyTraced) {
     EXPECT_THAT(fakes::TraceLines(), ElementsAre("0 >os=(nil)", "0 <os=NULL"));
 }
 
-// ---- SetRealComputerName
-// -------------------------------------------------------------------------
+// ---- SetRealComputerName ----------------------------------------------------------------------
 
 TEST_F(DriverTest, TheComputersNameIsStored) {
     fakes::TheSystem().computer_name = std::string(256, 'h');

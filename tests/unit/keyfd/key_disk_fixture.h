@@ -17,6 +17,20 @@
 inline constexpr char kSetting[] = "SOFTWARE\\XEV\\VLXService\\SETTING";
 inline constexpr char kSetup[] = "SOFTWARE\\XEV\\VLXService\\SETUP";
 inline constexpr char kHeartbeat[] = "SOFTWARE\\XEV\\VLXService\\HEARTBEAT";
+inline constexpr char kDestination[] =
+    "SOFTWARE\\XEV\\KESALERTMAN\\DESTINATION\\ID_LIST\\VELOXREPORT\\Address";
+
+// A file of items that the import refuses, and the rows of its failure.
+struct RefusedFile {
+    std::string title;
+    std::string text;
+    std::string message;
+    int state = 0;
+    std::string line = {};
+    bool item_line = false;
+    std::vector<std::string> written_before = {};
+    bool japanese = false;
+};
 
 class KeyDiskTest : public fakes::PlatformTest {
   protected:

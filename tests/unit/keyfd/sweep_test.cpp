@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr char kDestination[] =
-    "SOFTWARE\\XEV\\KESALERTMAN\\DESTINATION\\ID_LIST\\VELOXREPORT\\Address";
-
 class SweepTest : public KeyDiskTest {
   protected:
     static void Prepare() {
