@@ -1,7 +1,5 @@
 #include "batch.h"
 
-#include <optional>
-
 #include "ntserver/protocol.h"
 #include "ntserver/wire.h"
 
@@ -37,7 +35,7 @@ class Applier {
     Status Apply(const BatchChange &change) {
         if (!change.same_path) {
             path_ = change.path;
-            found_.reset();
+            found_ = kNone;
         }
         switch (change.operation) {
             case kSetValue:
@@ -45,7 +43,7 @@ class Applier {
             case kDeleteValue:
                 return DeleteValue(change.name);
             case kDeleteTree:
-                found_.reset();
+                found_ = kNone;
                 return ForgiveAbsence(writer_.DeleteTree(key_, path_));
             default:
                 return Create();
@@ -54,37 +52,31 @@ class Applier {
 
   private:
     Status Create() {
-        KeyId found = 0;
         bool created = false;
-        if (found_)
-            return Status::kSuccess;
-        const Status status = writer_.CreateKey(key_, path_, {}, &found, &created);
-        if (status == Status::kSuccess)
-            found_ = found;
-        return status;
+        return found_ != kNone ? Status::kSuccess
+                               : writer_.CreateKey(key_, path_, {}, &found_, &created);
     }
     Status SetValue(const BatchChange &change) {
         const Status status = Create();
         return status != Status::kSuccess
                    ? status
-                   : writer_.SetValue(*found_, change.name, change.type, change.data);
+                   : writer_.SetValue(found_, change.name, change.type, change.data);
     }
     Status DeleteValue(std::string_view name) {
-        KeyId found = 0;
         Status status = Status::kSuccess;
-        if (found_)
-            found = *found_;
-        else
-            status = writer_.FindKey(key_, path_, &found);
+        if (found_ == kNone)
+            status = writer_.FindKey(key_, path_, &found_);
         if (status == Status::kSuccess)
-            status = writer_.DeleteValue(found, name);
+            status = writer_.DeleteValue(found_, name);
         return ForgiveAbsence(status);
     }
+
+    static constexpr KeyId kNone = 0;
 
     KeyId key_;
     Writer &writer_;
     std::string_view path_;
-    std::optional<KeyId> found_;
+    KeyId found_ = kNone;  // the key at path_, once it was looked up
 };
 
 }  // namespace

@@ -249,8 +249,7 @@ void Session::BuildReply(const Frame &frame, Status status, const Answer &answer
 }
 
 bool Session::SendReply() noexcept {
-    return channel_.Send({reply_.data(), reply_.size()}, Clock::now() + kFrameLimit) ==
-           Transfer::kDone;
+    return channel_.Send(reply_, Clock::now() + kFrameLimit) == Transfer::kDone;
 }
 
 template <typename Answer>

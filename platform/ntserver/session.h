@@ -6,7 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <vector>
+#include <string>
 
 #include <sys/types.h>
 
@@ -64,7 +64,7 @@ class Session {
     StoreReader reader_;
     bool may_write_ = false;
     Batch batch_;
-    std::vector<char> reply_;
+    std::string reply_;
     std::atomic<Clock::rep> resting_since_;
 };
 

@@ -8,7 +8,9 @@ namespace regstore {
 
 namespace {
 
-constexpr std::uint32_t kMaxReadAhead = 64;
+// How far a window goes: items, and bytes of their copies.
+constexpr std::uint32_t kMaxReadAhead = 512;
+constexpr std::size_t kMaxCopiedWindow = 32768;
 constexpr std::size_t kMaxCopiedData = 512;
 
 RecordKind After(RecordKind kind) noexcept {
@@ -103,7 +105,8 @@ Status Enumerator::Fill(const Snapshot &snapshot, std::uint32_t index, std::uint
     const std::uint32_t wanted = std::min(read_ahead_, count - index);
     while (status == Status::kSuccess) {
         status = Append(values, key, bytes);
-        if (status != Status::kSuccess || window_.size() == wanted)
+        if (status != Status::kSuccess || window_.size() == wanted ||
+            arena_.size() >= kMaxCopiedWindow)
             break;
         status = cursor.Next(&key, &bytes);
     }
@@ -163,16 +166,18 @@ Status Enumerator::Append(Cursor &values, std::string_view key, std::string_view
     return Status::kSuccess;
 }
 
-// Type and data of a value; its cursor finds values that were created in the order of their names
-// without going down the tree for each.
+// Type and data of a value. Values that were created in the order of their names lie side by side,
+// so that the next record is tried first.
 Status Enumerator::AppendValue(Cursor &values, std::string_view name, Item *item) {
     if (name.size() > kMaxName)
         return Status::kStoreFailed;
     std::string_view key;
     std::string_view bytes;
     ValueRecord value;
-    const Status status =
-        values.Find(RecordKey(id_, RecordKind::kValue, name).View(), &key, &bytes);
+    const RecordKey wanted(id_, RecordKind::kValue, name);
+    Status status = window_.empty() ? Status::kNotFound : values.Next(&key, &bytes);
+    if (status != Status::kSuccess || key != wanted.View())
+        status = values.Find(wanted.View(), &key, &bytes);
     if (status != Status::kSuccess)
         return status;
     if (!ParseValue(bytes, &value))

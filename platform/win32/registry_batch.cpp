@@ -75,14 +75,14 @@ class BatchSender {
         return true;
     }
     bool SendFrame() {
-        const bool sent = connection_.SendRaw({bytes_.data(), bytes_.size()}, deadline_);
+        const bool sent = connection_.SendRaw(bytes_, deadline_);
         bytes_.clear();
         return sent;
     }
 
     Connection &connection_;
     ntserver::Deadline deadline_;
-    std::vector<char> bytes_;
+    std::string bytes_;
     std::optional<ntserver::FrameBuilder> frame_;
 };
 

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "ntserver/channel.h"
 #include "ntserver/messages.h"
@@ -95,7 +94,7 @@ class Connection {
         ntserver::FrameBuilder frame(&request_, operation, NextTag());
         frame.Payload().PutMessage(request);
         frame.Finish();
-        if (!SendRaw({request_.data(), request_.size()}, ntserver::Clock::now() + limit))
+        if (!SendRaw(request_, ntserver::Clock::now() + limit))
             return {Outcome::kNotSent, regstore::Status::kNoAnswer};
         Exchange exchange = {Outcome::kLost, regstore::Status::kNoAnswer};
         exchange.outcome = Receive(operation, limit, answer, &exchange.status);
@@ -130,7 +129,7 @@ class Connection {
     regstore::Status Connect(std::chrono::milliseconds limit);
 
     ntserver::Channel channel_;
-    std::vector<char> request_;
+    std::string request_;
     std::uint16_t tag_ = 0;
     unsigned hello_number_ = 0;
     ServerHello hello_;

@@ -7,9 +7,9 @@
 #include <concepts>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 #include <tuple>
-#include <vector>
 
 #include "ntserver/protocol.h"
 
@@ -23,7 +23,7 @@ concept WireNumber = std::unsigned_integral<T> && !std::same_as<T, bool>;
 // Appends to a buffer.
 class Encoder {
   public:
-    explicit Encoder(std::vector<char> *bytes) noexcept : bytes_(*bytes) {}
+    explicit Encoder(std::string *bytes) noexcept : bytes_(*bytes) {}
 
     template <WireNumber Number>
     void Put(Number number) {
@@ -41,11 +41,10 @@ class Encoder {
 
   private:
     void Append(const void *from, std::size_t size) {
-        const char *const first = static_cast<const char *>(from);
-        bytes_.insert(bytes_.end(), first, first + size);
+        bytes_.append(static_cast<const char *>(from), size);
     }
 
-    std::vector<char> &bytes_;
+    std::string &bytes_;
 };
 
 // Takes from a payload; never past its end. Texts point into the payload.
@@ -106,7 +105,7 @@ struct FrameHeader {
 // Builds one frame at the end of a buffer: the header first, its size when the frame is complete.
 class FrameBuilder {
   public:
-    FrameBuilder(std::vector<char> *bytes, Operation operation, std::uint16_t tag)
+    FrameBuilder(std::string *bytes, Operation operation, std::uint16_t tag)
         : bytes_(*bytes), start_(bytes->size()), encoder_(bytes) {
         encoder_.PutMessage(FrameHeader{0, static_cast<std::uint16_t>(operation), tag});
     }
@@ -118,7 +117,7 @@ class FrameBuilder {
     }
 
   private:
-    std::vector<char> &bytes_;
+    std::string &bytes_;
     std::size_t start_;
     Encoder encoder_;
 };
