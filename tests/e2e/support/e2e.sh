@@ -16,7 +16,7 @@ export KES_ROOT=$product KES_STATE=$work/state KES_RUN=$work/run
 export LC_ALL=C.UTF-8
 unset LANG LANGUAGE KES_LANG
 PATH=$product/bin:$PATH
-mkdir -p "$KES_RUN"
+mkdir -p "$KES_STATE" "$KES_RUN"
 
 background=()
 cleanup() {
