@@ -1,5 +1,7 @@
 #include "commit_queue.h"
 
+#include <utility>
+
 namespace ntserver {
 
 namespace {
@@ -10,7 +12,7 @@ constexpr std::size_t kLargestGroup = 256;
 }  // namespace
 
 regstore::Status CommitQueue::Run(Store::Change change, Sharing sharing) {
-    Request mine{change, sharing, {}, false, false, {}};
+    Request mine{std::move(change), sharing, {}, false, false, {}};
     std::unique_lock held(lock_);
     waiting_.push_back(&mine);
     if (led_)
@@ -51,6 +53,7 @@ std::vector<CommitQueue::Request *> CommitQueue::TakeGroup() {
 void CommitQueue::CommitGroup(const std::vector<Request *> &group) {
     std::vector<const Store::Change *> changes;
     std::vector<regstore::Status> results;
+    changes.reserve(group.size());
     for (const Request *request : group)
         changes.push_back(&request->change);
     store_.Apply(changes, &results);

@@ -40,7 +40,7 @@ void Log(Priority priority, const char *format, ...) noexcept {
     }
     line[start + length] = '\n';
     // One write a line, so that lines of several threads do not mix.
-    const auto size = static_cast<std::size_t>(start + length + 1);
+    const auto size = static_cast<std::size_t>(start) + static_cast<std::size_t>(length) + 1;
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line, size);
 }
 

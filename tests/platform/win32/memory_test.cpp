@@ -9,7 +9,8 @@
 #include <thread>
 #include <vector>
 
-// The sanitizers ask for these: a request that is too large shall give null, as it does without them.
+// The sanitizers ask for these: a request that is too large shall give null, as it does without
+// them.
 extern "C" __attribute__((visibility("default"))) const char *__asan_default_options() {
     return "allocator_may_return_null=1";
 }

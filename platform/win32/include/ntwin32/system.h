@@ -34,9 +34,9 @@ NTWIN32_API BOOL GetComputerName(char *lpBuffer, DWORD *nSize) NTWIN32_NOEXCEPT;
 
 /*
  * Replaces each %NAME% of lpSrc by the environment variable NAME and stores the text in lpDst
- * (capacity nSize). "%KesDir%" is the variable KesDir, or the product's root folder when it is not set or
- * empty; any other unknown name stays as it stands. Gives the size of the whole text with terminator
- * (larger than nSize: it did not fit, lpDst then holds an empty text), or 0 on failure.
+ * (capacity nSize). "%KesDir%" is the variable KesDir, or the product's root folder when it is not
+ * set or empty; any other unknown name stays as it stands. Gives the size of the whole text with
+ * terminator (larger than nSize: it did not fit, lpDst then holds an empty text), or 0 on failure.
  */
 NTWIN32_API DWORD ExpandEnvironmentStrings(const char *lpSrc, char *lpDst,
                                            DWORD nSize) NTWIN32_NOEXCEPT;
