@@ -9,12 +9,16 @@
 #include "table.h"
 
 // Groups in both programs: their sources must not need more than libNTwin32 and libtracelog.
+// clang-format off
 #define VELOXCTL_QUICK_GROUPS(GROUP) \
-    GROUP(kStatusGroup)              \
+    GROUP(kStatusGroup) \
     GROUP(kRegGroup)
 
 // Groups in veloxctl-all alone.
-#define VELOXCTL_OTHER_GROUPS(GROUP) GROUP(kHelpGroup)
+#define VELOXCTL_OTHER_GROUPS(GROUP) \
+    GROUP(kKeydiskGroup) \
+    GROUP(kHelpGroup)
+// clang-format on
 
 namespace veloxctl {
 

@@ -49,7 +49,7 @@ Findings CheckCustomerEncoding(const MediaFile &file, std::string *decoded) {
                  "the text is not Shift-JIS: " + DiskToUtf8(text.substr(bad, 1))}};
     }
     if (text.size() < decoded->size()) {
-        return {{Severity::kDropped, kCustomer, LineAt(text, text.size()),
+        return {{Severity::kDropped, kCustomer, LineAt(*decoded, text.size()),
                  "what follows the zero byte is not imported"}};
     }
     return {};
@@ -172,7 +172,7 @@ Findings CheckAddressFile(const std::string &folder, ITEM_LANGUAGE language) {
     while (lines.Next()) {
         if (!lines.IsWhole()) {
             check.Add(Severity::kNote, lines.Line(),
-                      "the line exceeds " + std::to_string(KEYDISK_MAX_LINE) +
+                      "the line exceeds " + std::to_string(KEYDISK_MAX_LINE - 1) +
                           " bytes and is imported as several lines");
         }
         if (!check.Take(lines.Text(), lines.Line())) {
@@ -222,7 +222,7 @@ std::string SignificantDigits(std::string_view text) {
 
 void TellInterval(const HEARTBEAT_PARSER &parser, const std::string &value, std::size_t line,
                   Findings *findings) {
-    if (parser.nLines == 1) {
+    if (parser.nLines <= 1) {
         findings->push_back({Severity::kNote, kHeartbeat, 0, "there is no interval; it becomes 1"});
     } else if (parser.nLines > 1 && SignificantDigits(value) != std::to_string(parser.dwInterval) &&
                !SignificantDigits(value).empty()) {

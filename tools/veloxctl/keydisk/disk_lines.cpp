@@ -32,7 +32,8 @@ bool DiskLines::Next() {
     }
     line[stored] = '\0';
     text_.assign(line, std::strlen(line));
-    whole_ = text_.ends_with('\n');
+    // Only a piece that fills the capacity comes without a zero byte at its end.
+    whole_ = stored > 0 && line[stored - 1] == '\0';
     if (text_.empty()) {
         ended_early_ = position + std::size_t{1} < size_;
         return false;

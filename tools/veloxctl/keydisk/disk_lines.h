@@ -22,7 +22,7 @@ class DiskLines {
     // The next line; false at what the import takes for the file's end.
     bool Next();
 
-    // The line with its LF, which a piece of a long line lacks.
+    // The line with its LF, which a line that fills the reader's capacity lacks.
     const std::string &Text() const { return text_; }
     // The line without its line end.
     std::string Shown() const { return text_.substr(0, text_.find_last_not_of("\r\n\x1A") + 1); }
