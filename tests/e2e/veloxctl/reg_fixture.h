@@ -33,7 +33,7 @@ class RegTest : public testing::Test {
     static std::string Exported(const std::string &key = "test") {
         std::string text = Veloxctl({"reg", "export", key}).output;
         std::erase(text, '\r');
-        const std::size_t first = text.find("[");
+        const std::size_t first = text.find('[');
         return first == std::string::npos ? "" : text.substr(first);
     }
 
