@@ -7,6 +7,7 @@
 #include "registry/read.h"
 #include "registry/text.h"
 #include "registry/trace.h"
+#include "registry/write.h"
 #include "velox/mail_base.h"
 
 namespace {
@@ -20,21 +21,6 @@ bool ReadSetting(const char *lpszPath, const char *lpszValue, char (&szField)[N]
     }
     TRACE_AS("GetAMBIBaseSetting", TRACE_FAILURE, "<AMAMRegReadEx %s failed.", lpszValue);
     return false;
-}
-
-bool WriteText(const char *lpszPath, const char *lpszValue, const char *lpszText) noexcept {
-    return AMAMRegWrite(HKEY_LOCAL_MACHINE, lpszPath, lpszValue, REG_SZ, lpszText,
-                        static_cast<LONG>(std::strlen(lpszText) + 1)) != FALSE;
-}
-
-bool WriteNumber(const char *lpszPath, const char *lpszValue, DWORD dwNumber) noexcept {
-    return AMAMRegWrite(HKEY_LOCAL_MACHINE, lpszPath, lpszValue, REG_DWORD, &dwNumber,
-                        sizeof dwNumber) != FALSE;
-}
-
-template <std::size_t N>
-bool IsTerminated(const char (&szField)[N]) noexcept {
-    return strnlen(szField, N) < N;
 }
 
 // The first address of a host in dotted form.
