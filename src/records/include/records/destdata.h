@@ -3,7 +3,7 @@
  *
  * Conventions
  *  1. Texts are fixed arrays and end with a zero byte inside their array; they are handed on as
- * they stand (the system stores EUC-JP).
+ *     they stand (the system stores EUC-JP).
  *  2. The record owns nothing: no field points at memory.
  */
 #ifndef RECORDS_DESTDATA_H

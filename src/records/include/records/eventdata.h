@@ -4,7 +4,7 @@
  *
  * Conventions
  *  1. Texts are fixed arrays and end with a zero byte inside their array; they are handed on as
- * they stand (the system stores EUC-JP).
+ *     they stand (the system stores EUC-JP).
  *  2. lplpszDestID points at buffers of EVENT_DEST_CAPACITY bytes. Who fills in the pointers owns
  *     the buffers; a reader stops at the first null pointer.
  */
