@@ -20,10 +20,12 @@ extern "C" BOOL SetScheduleFromC(const DEST_DATA *schedule);
 
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
+using ::testing::StrEq;
 
 const std::string kKey = "SOFTWARE\\XEV\\KESALERTMAN\\DESTINATION\\ID_LIST\\VELOXREPORT";
 const std::string kAddress = kKey + "\\Address";
@@ -149,6 +151,24 @@ TEST_F(MailDestinationReadTest, EachRefusedAllocationFailsIt) {
     EXPECT_GE(fakes::Allocations(), 1);
     EXPECT_EQ(text_, nullptr);
     EXPECT_EQ(data_.szRepLevel, 7U);
+}
+
+TEST_F(MailDestinationReadTest, EachRefusedCallLeavesAValueOrItsDefault) {
+    ASSERT_EQ(Read(), TRUE);
+    const std::size_t calls = fakes::Calls().size();
+    for (std::size_t nth = 1; nth <= calls; ++nth) {
+        SCOPED_TRACE("call " + std::to_string(nth) + ": " + fakes::Calls()[nth - 1].function);
+        fakes::FailAnyCall(static_cast<int>(nth));
+        const bool read = Read() != FALSE;
+        EXPECT_EQ(read, data_.szTo[0] != '\0' && text_ != nullptr);
+        const bool addressed = data_.szTo[0] != '\0';
+        EXPECT_THAT(data_.szSubject, AnyOf(StrEq(addressed ? "Alarm" : ""),
+                                           StrEq(addressed ? "Velox Alert Notification" : "")));
+        EXPECT_THAT(data_.szOpenStatus, AnyOf(addressed ? 2U : 0U, 0U));
+        EXPECT_THAT(data_.szRepLevel, AnyOf(addressed ? 7U : 3U, 3U));
+        EXPECT_EQ(fakes::OpenKeys(), 0);
+        EXPECT_EQ(fakes::UnusedFaults(), 0);
+    }
 }
 
 // ---- Writing ------------------------------------------------------------------------------------
