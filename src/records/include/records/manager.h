@@ -69,6 +69,28 @@ typedef int AMVLXMANREPORT_OPEN(VLX_ALERT_DATA *lpAlertData,
                                 VLX_MANAGER_PARAM *lpManagerParam) NTWIN32_NOEXCEPT;
 #define AMVLXMANREPORT_OPEN_NAME "AMVlxManReport_Open"
 
+/* One alert of the queue as the manager receives it. No text is null. */
+typedef struct VLX_MANAGER_ALERT {
+    const char *lpszEventId; /* printable ASCII without blanks: the same at every try */
+    const char *lpszLog;     /* log that the event stands in */
+    const char *lpszSource;  /* source of the event */
+    const char *lpszComputer;
+    const char *lpszMessage; /* the alert's text */
+    const char *lpszLines;   /* the alert's lines as a mail carries them, ended by "\r\n" */
+    uint64_t qwTime;         /* seconds since 1970-01-01 00:00 UTC */
+    DWORD dwLevel;
+    DWORD dwCount; /* how often the event occurred */
+} VLX_MANAGER_ALERT;
+
+static_assert(sizeof(VLX_MANAGER_ALERT) == 64, "the alert has 64 bytes");
+static_assert(offsetof(VLX_MANAGER_ALERT, qwTime) == 48, "after six texts");
+
+/* Hands an alert to the manager, with the service information text; the result is that of
+   AMVlxManReport_Open. A manager recognises a repeated alert by its event id. */
+typedef int KESMANREPORT_ALERT(VLX_ALERT_DATA *lpAlertData, VLX_MANAGER_PARAM *lpManagerParam,
+                               const VLX_MANAGER_ALERT *lpAlert) NTWIN32_NOEXCEPT;
+#define KESMANREPORT_ALERT_NAME "KesManReport_Alert"
+
 #ifdef __cplusplus
 }
 #endif
