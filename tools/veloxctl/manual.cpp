@@ -6,6 +6,11 @@ namespace veloxctl {
 
 namespace {
 
+// When the fixed texts below were last changed.
+constexpr char kDate[] = "2026-11-21";
+
+constexpr std::size_t kSourceWidth = 79;
+
 // Text of a man page: what troff would obey stands for itself.
 std::string Plain(std::string_view text) {
     std::string plain;
@@ -31,18 +36,39 @@ std::string Plain(std::string_view text) {
     return plain.starts_with('.') ? "\\&" + plain : plain;
 }
 
+// The same on lines of at most kSourceWidth columns, where the words allow it. A word that begins
+// with a dot stays behind another one.
+std::string Lines(std::string_view text) {
+    std::string lines = Plain(text);
+    std::size_t start = 0;
+    while (lines.size() - start > kSourceWidth) {
+        std::size_t blank = lines.rfind(' ', start + kSourceWidth);
+        while (blank != std::string::npos && blank > start && lines[blank + 1] == '.') {
+            blank = lines.rfind(' ', blank - 1);
+        }
+        if (blank == std::string::npos || blank <= start) {
+            break;
+        }
+        lines[blank] = '\n';
+        start = blank + 1;
+    }
+    return lines + "\n";
+}
+
 std::string Bold(std::string_view text) {
     return "\\fB" + Plain(text) + "\\fR";
 }
 
 std::string Entry(std::string_view term, std::string_view text) {
-    return ".TP\n" + Bold(term) + "\n" + Plain(text) + "\n";
+    return ".TP\n" + Bold(term) + "\n" + Lines(text);
 }
 
 std::string CommandText(const Group &group, const Command &command) {
     std::string text = ".SS " + Plain(UsageOf(group, command)) + "\n";
+    const char *separator = "";
     for (const std::string_view paragraph : Paragraphs(command.description)) {
-        text += ".PP\n" + Plain(paragraph) + "\n";
+        text += separator + Lines(paragraph);
+        separator = ".PP\n";
     }
     for (const Operand &operand : command.operands) {
         text += Entry(operand.name, operand.summary);
@@ -57,7 +83,7 @@ std::string ExampleText(const Group &group) {
     std::string text;
     for (const Command &command : group.commands) {
         for (const Example &example : command.examples) {
-            text += ".TP\n.B " + Plain(example.command) + "\n" + Plain(example.effect) + "\n";
+            text += ".TP\n.B " + Plain(example.command) + "\n" + Lines(example.effect);
         }
     }
     return text;
@@ -74,12 +100,13 @@ veloxctl \- look after the Velox report service of this server
 )";
 
 constexpr char kDescription[] = R"(.SH DESCRIPTION
-Results are written to standard output, messages to standard error. Texts are read and written in the
-encoding of the terminal; the registry stores them in EUC\-JP. What the terminal cannot show is shown
-escaped, a character as \eu and its number, a byte as \ex and its two digits.
+Results are written to standard output, messages to standard error. Texts are
+read and written in the encoding of the terminal; the registry stores them in
+EUC\-JP. What the terminal cannot show is shown escaped, a character as \eu and
+its number, a byte as \ex and its two digits.
 .PP
-A key may begin with \fBHKLM\e\fR or \fBHKEY_LOCAL_MACHINE\e\fR. In a key without a backslash a slash
-separates the names.
+A key may begin with \fBHKLM\e\fR or \fBHKEY_LOCAL_MACHINE\e\fR. In a key
+without a backslash a slash separates the names.
 )";
 
 constexpr char kTail[] = R"(.SH EXIT STATUS
@@ -91,9 +118,12 @@ The command did what was asked.
 A comparison found a difference.
 .TP
 .B 64 to 78
-A failure, numbered as in sysexits.h: 64 wrong usage, 65 wrong data, 66 a key, value or file that does
-not exist, 69 the registry server is not running, 73 a file that cannot be made, 74 a failed read or
-write, 75 a failure that may pass, 77 no permission.
+A failure, numbered as in sysexits.h: 64 wrong usage, 65 wrong data, 66 a key,
+value or file that does not exist, 69 a server is not running or refused, 70 a
+mistake of the program itself, 71 the system lacks memory, 72 a program that
+belongs to this one is missing, 73 a file that cannot be made, 74 a failed read
+or write, 75 a failure that may pass, 77 no permission, 78 a setting that is
+missing or wrong.
 .SH ENVIRONMENT
 .TP
 .B KES_ROOT
@@ -104,6 +134,9 @@ The folder of registry and logs, /var/opt/xev/kestro_sa.
 .TP
 .B KES_RUN
 The folder of the registry server's socket, /run/kestro_sa.
+.TP
+.B KES_LANG
+The system's language instead of the one that the system is set to.
 )";
 
 // The words of a case of the completion, for one command.
@@ -134,6 +167,14 @@ bool CompletesFiles(const Command &command) {
     return false;
 }
 
+// What may stand behind an option, under either of its names.
+std::string CompletionChoices(const Option &option) {
+    const std::string short_name =
+        option.short_name == '\0' ? "" : std::string(" | -") + option.short_name;
+    return std::string("            case $previous in --") + option.long_name + short_name +
+           ") words='" + option.choices + "' ;; esac\n";
+}
+
 // A case of the completion: the place of the word, the group and the command.
 std::string CompletionCase(const std::string &pattern, const Command &command) {
     std::string text =
@@ -143,8 +184,7 @@ std::string CompletionCase(const std::string &pattern, const Command &command) {
     }
     for (const Option &option : command.options) {
         if (option.choices != nullptr && !option.hidden) {
-            text += std::string("            [ \"$previous\" = --") + option.long_name +
-                    " ] && words='" + option.choices + "'\n";
+            text += CompletionChoices(option);
         }
     }
     return text + "            ;;\n";
@@ -167,9 +207,12 @@ std::string CompletionCases(const Group &group) {
 constexpr char kCompletionHead[] = R"(# Completion of veloxctl for bash.
 _veloxctl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
-    local words='' files=''
+    local words='' files='' first=1
     COMPREPLY=()
-    case "$COMP_CWORD:${COMP_WORDS[1]}:${COMP_WORDS[2]}" in
+    case ${COMP_WORDS[1]} in
+        -v | --verbose) first=2 ;;
+    esac
+    case "$((COMP_CWORD - first + 1)):${COMP_WORDS[first]}:${COMP_WORDS[first + 1]}" in
 )";
 
 constexpr char kCompletionTail[] = R"(    esac
@@ -184,7 +227,8 @@ complete -o filenames -F _veloxctl veloxctl
 }  // namespace
 
 std::string ManualPage(Groups groups) {
-    std::string text = ".TH VELOXCTL 1 \"\" \"Velox report service " VELOX_VERSION "\"\n";
+    std::string text = std::string(".TH VELOXCTL 8 \"") + kDate +
+                       "\" \"Velox report service " VELOX_VERSION "\"\n";
     text += kHead;
     text += ".SH EXAMPLES\n";
     for (const Group *group : groups) {

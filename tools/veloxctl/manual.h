@@ -8,7 +8,7 @@
 
 namespace veloxctl {
 
-// veloxctl(1) for man.
+// veloxctl(8) for man.
 std::string ManualPage(Groups groups);
 
 // The completion for bash.
