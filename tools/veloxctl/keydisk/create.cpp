@@ -36,20 +36,31 @@ std::string PartFile(const Form &form, std::size_t part) {
     return part == kCustomer ? EncodeCustomerFile(text) : text;
 }
 
+// Fails when anything stands where a disk's files go, so that no half of a disk is written.
+void ExpectNoFiles(const Form &form, const std::string &folder) {
+    for (std::size_t part = 0; part < kPartCount; ++part) {
+        const std::string path = folder + "/" + kParts[part].file;
+        struct stat status = {};
+        if (lstat(path.c_str(), &status) == 0) {
+            Fail(EX_CANTCREAT,
+                 path + (form[part].present ? ": it exists; -f replaces it"
+                                            : ": it exists and the form has no such file; -f "
+                                              "removes it"));
+        }
+    }
+}
+
 // Writes the files of the form into a folder, and removes the one that the form does not have.
 void WriteFolder(const Form &form, const std::string &folder, bool replace) {
+    if (!replace) {
+        ExpectNoFiles(form, folder);
+    }
     for (std::size_t part = 0; part < kPartCount; ++part) {
         const std::string path = folder + "/" + kParts[part].file;
         if (form[part].present) {
             WriteFile(path, PartFile(form, part), kFileMode, replace);
-        } else if (access(path.c_str(), F_OK) == 0) {
-            if (!replace) {
-                Fail(EX_CANTCREAT,
-                     path + ": it exists and the form has no such file; -f removes it");
-            }
-            if (unlink(path.c_str()) != 0) {
-                FailSystem(path, errno);
-            }
+        } else if (unlink(path.c_str()) != 0 && errno != ENOENT) {
+            FailSystem(path, errno);
         }
     }
 }
@@ -113,7 +124,7 @@ void UseImportLanguage(const std::string &language) {
 }
 
 int RunCreate(const Arguments &arguments) {
-    const std::string file = arguments.Get("FORM");
+    const std::string &file = arguments.Get("FORM");
     const std::string name = file == "-" ? "standard input" : file;
     const Form form = ParseForm(ReadFile(file), name);
     if (!arguments.Has("output")) {
