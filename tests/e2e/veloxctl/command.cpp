@@ -29,7 +29,7 @@ std::string Program(const std::string &asked) {
 }
 
 [[noreturn]] void Execute(const std::string &program, const std::vector<std::string> &words) {
-    std::vector<char *> pointers = {const_cast<char *>("veloxctl")};
+    std::vector<char *> pointers = {const_cast<char *>(program.c_str())};
     for (const std::string &word : words) {
         pointers.push_back(const_cast<char *>(word.c_str()));
     }

@@ -31,9 +31,10 @@ constexpr int kNotMounted = 99;
 
 }  // namespace
 
-int ImportStatus(const std::string &folder, const std::string &language) {
+int ImportStatus(const std::string &folder, const std::string &language,
+                 const std::string &mounted_on) {
     const test_support::TempFolder parent;
-    const std::string place = parent / "floppy";
+    const std::string place = parent / mounted_on;
     std::filesystem::create_directory(place);
     const pid_t process = ::fork();
     if (process == 0) {

@@ -6,8 +6,10 @@
 
 namespace veloxctl_test {
 
-// The exit status of vlxfd with the folder mounted as the key disk; language is en or ja.
-int ImportStatus(const std::string &folder, const std::string &language);
+// The exit status of vlxfd with the folder mounted on a folder of the given name, which is the key
+// disk's; language is en or ja.
+int ImportStatus(const std::string &folder, const std::string &language,
+                 const std::string &mounted_on = "floppy");
 
 }  // namespace veloxctl_test
 
