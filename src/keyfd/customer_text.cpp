@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "keyfd/disk_text.h"
 #include "keyfd/keyfd.h"
 #include "steps.h"
 
@@ -41,13 +42,14 @@ LONG GetCRLF(DWORD dwStartPos, const char *buffer, DWORD dwSize) noexcept {
 // 2 * dwSize zeroed bytes and one more, so that what the traces show ends.
 static bool ConvertText(const char *lpDecoded, DWORD dwSize, char *lpszWide,
                         char *lpszEuc) noexcept {
+    const DISK_TEXT_RESULT eResult = ConvertDiskText(lpDecoded, dwSize, lpszWide, lpszEuc);
     TRACE_STEP(TRACE_NOTE, "1byte-JIS:%.*s", static_cast<int>(dwSize), lpDecoded);
-    if (kes_AnkZen(lpDecoded, dwSize, 2 * dwSize, lpszWide) == 0) {
+    if (eResult == DISK_TEXT_NOT_WIDENED) {
         TRACE_STEP(TRACE_FAILURE, "kes_AnkZen() failed!!");
         return false;
     }
     TRACE_STEP(TRACE_NOTE, "2byte-JIS:%s", lpszWide);
-    if (ecm_SJIStoEUC(lpszWide, 2 * dwSize, 2 * dwSize, lpszEuc) == 0) {
+    if (eResult == DISK_TEXT_NOT_SHIFT_JIS) {
         TRACE_STEP(TRACE_FAILURE, "ecm_SJIStoEUC() failed!!");
         return false;
     }

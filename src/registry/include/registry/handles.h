@@ -8,6 +8,7 @@
 #include <ntwin32/memory.h>
 #include <ntwin32/module.h>
 #include <ntwin32/registry.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -86,6 +87,12 @@ struct GlobalPolicy {
     static void Close(Type hMem) noexcept { GlobalFree(hMem); }
 };
 
+struct DescriptorPolicy {
+    using Type = int;
+    static Type None() noexcept { return -1; }
+    static void Close(Type nDescriptor) noexcept { close(nDescriptor); }
+};
+
 template <typename T>
 struct MemoryPolicy {
     using Type = T *;
@@ -95,6 +102,7 @@ struct MemoryPolicy {
 
 using AutoRegKey = AutoHandle<RegKeyPolicy>;
 using AutoFile = AutoHandle<FilePolicy>;
+using AutoDescriptor = AutoHandle<DescriptorPolicy>;
 using AutoEvent = AutoHandle<EventPolicy>;
 using AutoModule = AutoHandle<ModulePolicy>;
 using AutoGlobal = AutoHandle<GlobalPolicy>;

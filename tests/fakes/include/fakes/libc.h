@@ -1,6 +1,6 @@
 // The libc calls that a test controls. Each is replaced at link time where the test names it in
 // velox_add_test(... WRAP function): setmntent getmntent endmntent, gethostbyname, sleep, time,
-// malloc calloc, setlocale bindtextdomain textdomain dcgettext, syslog, puts.
+// malloc calloc, setlocale bindtextdomain textdomain dcgettext, syslog, puts, fstat read.
 // All but malloc and calloc are logged as platform calls and obey FailCall.
 #ifndef FAKES_LIBC_H
 #define FAKES_LIBC_H
@@ -24,6 +24,7 @@ struct Libc {
     std::time_t now = 1709600000;         // 2024-03-05 00:53:20 UTC
     std::vector<std::string> system_log;  // "priority text"
     std::vector<std::string> printed;     // lines of puts
+    bool short_reads = false;             // read gives a byte less than there is
     std::vector<std::pair<std::string, std::string>> catalogue;  // "domain:message" and translation
 };
 Libc &TheLibc();
