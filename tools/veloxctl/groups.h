@@ -17,6 +17,8 @@
 // Groups in veloxctl-all alone.
 #define VELOXCTL_OTHER_GROUPS(GROUP) \
     GROUP(kKeydiskGroup) \
+    GROUP(kMailGroup) \
+    GROUP(kReportGroup) \
     GROUP(kHelpGroup)
 // clang-format on
 

@@ -48,11 +48,12 @@ void AppendCharacter(std::string_view utf8, char32_t character, std::string *out
 }  // namespace
 
 const char *TerminalEncoding() {
-    static const char *const encoding = [] {
+    // A copy: the name itself lives only until the locale changes.
+    static const std::string encoding = [] {
         std::setlocale(LC_CTYPE, "");
         return nl_langinfo(CODESET);
     }();
-    return encoding;
+    return encoding.c_str();
 }
 
 std::string Utf8ToTerminal(std::string_view utf8) {
