@@ -25,10 +25,9 @@ const char *IdentifierOfKind(DWORD dwKind) noexcept {
     }
 }
 
-int ComposeReport(const char *lpszFunction, DWORD dwKind, const char *lpszMessage,
-                  MAIL_BODY &body) noexcept {
-    return ComposeBody(lpszFunction, IdentifierOfKind(dwKind),
-                       dwKind == VX_REPORT_OPENING ? lpszMessage : nullptr, body);
+// Only the opening report carries its caller's message.
+const char *LinesOfKind(DWORD dwKind, const char *lpszMessage) noexcept {
+    return dwKind == VX_REPORT_OPENING ? lpszMessage : nullptr;
 }
 
 // Writes a number that records a success; the result of the report stands whatever becomes of it.
@@ -52,31 +51,6 @@ void RecordSuccess(const char *lpszFunction, DWORD dwKind, DWORD dwOpening) noex
     }
 }
 
-// Everything that a report is sent with.
-struct REPORT {
-    DESTINATIONS destinations;
-    MAIL_SETTINGS settings = {};
-    MAIL_BODY encoded;
-    MAIL_SUBJECT szSubject = "";
-};
-
-int PrepareReport(const char *lpszFunction, DWORD dwKind, const char *lpszSubject,
-                  const char *lpszETo, const char *lpszMessage, REPORT &report) noexcept {
-    MAIL_BODY body;
-    int nResult = SplitDestinations(lpszFunction, lpszETo, report.destinations);
-    if (nResult == VX_REPORT_SENT) {
-        nResult = ReadMailSettings(lpszFunction, report.settings);
-    }
-    if (nResult == VX_REPORT_SENT) {
-        nResult = ComposeReport(lpszFunction, dwKind, lpszMessage, body);
-    }
-    if (nResult == VX_REPORT_SENT) {
-        CopySubject(lpszFunction, lpszSubject, report.szSubject);
-        nResult = EncodeBody(lpszFunction, body, report.encoded);
-    }
-    return nResult;
-}
-
 int SendReport(const char *lpszFunction, const MAIL_MODULE &module, const REPORT &report) noexcept {
     char szAnswer[MAIL_ANSWER_CAPACITY];
     const MAIL mail = {report.settings, report.destinations, report.szSubject, report.encoded,
@@ -91,7 +65,9 @@ int AMAMVeloxTestReport(char *, DWORD dwKind, const char *lpszSubject, const cha
     TRACE(TRACE_NOTE, ">");
     UseCatalogue("en_US", CATALOGUE_VELOX);
     REPORT report;
-    int nResult = PrepareReport(__func__, dwKind, lpszSubject, lpszETo, lpszMessage, report);
+    int nResult = PrepareReport(
+        __func__,
+        {IdentifierOfKind(dwKind), LinesOfKind(dwKind, lpszMessage), lpszSubject, lpszETo}, report);
     if (nResult != VX_REPORT_SENT) {
         return nResult;
     }
@@ -118,7 +94,8 @@ int KesComposeReport(DWORD dwKind, const char *lpszMessage, char **lplpBody,
     TRACE(TRACE_NOTE, ">dwKind=%u", dwKind);
     UseCatalogue("en_US", CATALOGUE_VELOX);
     MAIL_BODY body;
-    const int nResult = ComposeReport(__func__, dwKind, lpszMessage, body);
+    const int nResult =
+        ComposeBody(__func__, IdentifierOfKind(dwKind), LinesOfKind(dwKind, lpszMessage), body);
     if (nResult == VX_REPORT_SENT) {
         *lpdwSize = body.dwSize;
         *lplpBody = body.text.Release();

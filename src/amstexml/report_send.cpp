@@ -67,6 +67,23 @@ void CopySubject(const char *lpszFunction, const char *lpszSource,
     TRACE_AS(lpszFunction, TRACE_NOTE, "szSubject_d:%s", szSubject);
 }
 
+int PrepareReport(const char *lpszFunction, const REPORT_CONTENT &content,
+                  REPORT &report) noexcept {
+    MAIL_BODY body;
+    int nResult = SplitDestinations(lpszFunction, content.lpszETo, report.destinations);
+    if (nResult == VX_REPORT_SENT) {
+        nResult = ReadMailSettings(lpszFunction, report.settings);
+    }
+    if (nResult == VX_REPORT_SENT) {
+        nResult = ComposeBody(lpszFunction, content.lpszIdentifier, content.lpszLines, body);
+    }
+    if (nResult == VX_REPORT_SENT) {
+        CopySubject(lpszFunction, content.lpszSubject, report.szSubject);
+        nResult = EncodeBody(lpszFunction, body, report.encoded);
+    }
+    return nResult;
+}
+
 int LogInBeforeMail(const char *lpszFunction) noexcept {
     if (AMPBSConnect() == 0) {
         TRACE_AS(lpszFunction, TRACE_FAILURE, "Err: POP before SMTP get authentication");

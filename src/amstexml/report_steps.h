@@ -74,6 +74,25 @@ void CopySubject(const char *lpszFunction, const char *lpszSource,
 // The body in the form in which it goes out.
 int EncodeBody(const char *lpszFunction, const MAIL_BODY &body, MAIL_BODY &encoded) noexcept;
 
+// Everything that a report is sent with.
+struct REPORT {
+    DESTINATIONS destinations;
+    MAIL_SETTINGS settings = {};
+    MAIL_BODY encoded;
+    MAIL_SUBJECT szSubject = "";
+};
+
+// What a report is to say, and to whom.
+struct REPORT_CONTENT {
+    const char *lpszIdentifier;  // as ComposeBody takes it
+    const char *lpszLines;
+    const char *lpszSubject;
+    const char *lpszETo;
+};
+
+// The steps above, in their order: up to the encoded body.
+int PrepareReport(const char *lpszFunction, const REPORT_CONTENT &content, REPORT &report) noexcept;
+
 // POP before SMTP.
 int LogInBeforeMail(const char *lpszFunction) noexcept;
 

@@ -7,8 +7,8 @@
 
 #include <ntwin32/system.h>
 
+#include "manager_module.h"
 #include "records/manager.h"
-#include "registry/handles.h"
 #include "registry/keys.h"
 #include "registry/text.h"
 #include "registry/trace.h"
@@ -26,7 +26,6 @@ constexpr DWORD REPORT_KIND_ALERT = 2;
 constexpr std::size_t TO_CAPACITY = 513;
 constexpr std::size_t ERROR_CAPACITY = 512;
 constexpr std::size_t PATH_CAPACITY = 513;
-constexpr DWORD ROOT_SIZE = 512;
 
 // Opens the key of the reporting product, stores the name there and closes the key again. *lphKey
 // keeps the handle: the value is deleted through it when the report is over.
@@ -63,28 +62,6 @@ bool ReportByMail(int *lpnResult) noexcept {
     return true;
 }
 
-// Loads the module and finds its entry; null when either fails.
-AMVLXMANREPORT_OPEN *LoadManagerReport(AutoModule *module) noexcept {
-    char szRoot[PATH_CAPACITY] = {};
-    char szLibrary[PATH_CAPACITY] = {};
-    // Without a root folder the path is one that does not exist.
-    if (!GetKesRootPath(szRoot, ROOT_SIZE)) {
-        szRoot[0] = '\0';
-    }
-    if (FormatText(szLibrary, sizeof szLibrary, "%s/lib/%s", szRoot, AMRVXMN_MODULE)) {
-        *module->Put() = LoadLibrary(szLibrary);
-    }
-    if (!module->IsValid()) {
-        TRACE_AS(FUNCTION, TRACE_FAILURE, "LoadLibrary(%s) failed.", szLibrary);
-        return nullptr;
-    }
-    const FARPROC pfnOpen = GetProcAddress(module->Get(), AMVLXMANREPORT_OPEN_NAME);
-    if (pfnOpen == nullptr) {
-        TRACE_AS(FUNCTION, TRACE_FAILURE, "GetProcAddress() failed.");
-    }
-    return reinterpret_cast<AMVLXMANREPORT_OPEN *>(pfnOpen);
-}
-
 // Builds the alert record in *event and *error, which the caller releases, and calls the module.
 void CallManagerReport(AMVLXMANREPORT_OPEN *pfnOpen, VLX_MANAGER_PARAM *lpManagerParam,
                        AutoEvent *event, AutoMemory<char> *error, int *lpnResult) noexcept {
@@ -112,7 +89,8 @@ bool ReportToManager(int *lpnResult) noexcept {
     AutoEvent event;
     AutoModule module;
     AutoMemory<char> error;
-    AMVLXMANREPORT_OPEN *pfnOpen = LoadManagerReport(&module);
+    auto *pfnOpen = reinterpret_cast<AMVLXMANREPORT_OPEN *>(
+        LoadManagerModule(FUNCTION, AMVLXMANREPORT_OPEN_NAME, &module));
     if (pfnOpen != nullptr) {
         CallManagerReport(pfnOpen, &ManagerParam, &event, &error, lpnResult);
     }

@@ -35,6 +35,17 @@ DWORD SendMail(const char *server, const char *sender, DWORD port, const char *e
     return TheModule().result;
 }
 
+DWORD SendMailWithId(const char *server, const char *sender, DWORD port, const char *error_reply,
+                     const char *error_copy, DWORD option, DWORD form, const char *const *to,
+                     DWORD to_count, const char *subject, const void *body, DWORD size,
+                     char *answer, DWORD *status, const char *message_id) noexcept {
+    const DWORD result = SendMail(server, sender, port, error_reply, error_copy, option, form, to,
+                                  to_count, subject, body, size, answer, status);
+    TheModule().mails.back().message_id = message_id;
+    std::strcpy(answer, "550 no");
+    return result;
+}
+
 }  // namespace
 
 Module &TheModule() {
@@ -44,7 +55,9 @@ Module &TheModule() {
 
 void Add() {
     TheModule() = {};
-    fakes::AddModule(kModule, {{"SendMailWithSMTP", reinterpret_cast<void (*)()>(&SendMail)}});
+    fakes::AddModule(kModule,
+                     {{"SendMailWithSMTP", reinterpret_cast<void (*)()>(&SendMail)},
+                      {"KesSendMailWithId", reinterpret_cast<void (*)()>(&SendMailWithId)}});
 }
 
 void StoreSettings() {

@@ -21,9 +21,9 @@ inline constexpr char kAddress[] =
 inline constexpr char kBase[] = AMAM_DEFAULT_BASE_PATH;
 inline constexpr char kModule[] = "/opt/xev/kestro_sa/lib/amrsmtp.dll";
 
-// One call of SendMailWithSMTP.
+// One call of SendMailWithSMTP or, with a Message-ID, of KesSendMailWithId.
 struct Mail {
-    std::string server, sender, error_reply, error_copy, subject, body;
+    std::string server, sender, error_reply, error_copy, subject, body, message_id;
     DWORD port = 0, option = 0, form = 0, size = 0, status_before = 0;
     std::vector<std::string> to;
 };
@@ -35,7 +35,7 @@ struct Module {
 };
 Module &TheModule();
 
-// Lets amrsmtp.dll be loaded with its function.
+// Lets amrsmtp.dll be loaded with its functions.
 void Add();
 
 // Settings of a host from which reports can be sent, without POP: three values of contract data, no
