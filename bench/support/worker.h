@@ -45,6 +45,9 @@ class Worker {
     Worker(const Worker &) = delete;
     Worker &operator=(const Worker &) = delete;
     ~Worker() {
+        // An order, not the end of the pipe: later workers hold copies of it.
+        const long no_more = 0;
+        (void)!::write(orders_, &no_more, sizeof no_more);
         ::close(orders_);
         ::close(answers_);
         ::waitpid(process_, nullptr, 0);
@@ -60,10 +63,10 @@ class Worker {
     }
 
   private:
-    // Ends the process when the other side closes, with every destructor of what `work` owns run.
+    // Ends the process when it is to work no more, with every destructor of what `work` owns run.
     [[noreturn]] static void Serve(Work work, int orders, int answers) {
         long times = 0;
-        while (::read(orders, &times, sizeof times) == sizeof times) {
+        while (::read(orders, &times, sizeof times) == sizeof times && times > 0) {
             const double seconds = Measure(work, times);
             if (::write(answers, &seconds, sizeof seconds) != sizeof seconds)
                 break;
