@@ -20,7 +20,8 @@ constexpr std::size_t kOwnDescriptors = 32;
 constexpr std::chrono::milliseconds kCareInterval{5000};
 // The most connections that are taken before signals and watchdog have their turn.
 constexpr int kAtOnce = 64;
-// When no more connections can be taken and none rests.
+// When no more connections can be taken: for one that rests to end, or for any to end.
+constexpr std::chrono::milliseconds kBriefPause{2};
 constexpr std::chrono::milliseconds kPause{50};
 
 // As many clients as descriptors allow, with the soft limit raised to the hard one.
@@ -94,10 +95,8 @@ void Server::Accept(int listener) {
         if (room)
             socket.Reset(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
         if (!socket) {
-            if (!room || LacksResources(errno)) {
-                EndLongestResting();
-                std::this_thread::sleep_for(kPause);
-            }
+            if (!room || LacksResources(errno))
+                std::this_thread::sleep_for(EndLongestResting() ? kBriefPause : kPause);
             return;
         }
         Begin(std::move(socket));

@@ -33,7 +33,7 @@ Session::Session(base::UniqueDescriptor socket, const Service &service)
       service_(service),
       reader_(&service.store),
       may_write_(IsRoot(channel_.Descriptor())),
-      resting_since_(kBusy) {}
+      resting_since_(Clock::now().time_since_epoch().count()) {}
 
 std::chrono::milliseconds Session::Rest() const noexcept {
     const Clock::rep since = resting_since_;
@@ -70,8 +70,10 @@ bool Session::Handshake() {
     Frame frame;
     HelloRequest request;
     if (!channel_.SetPatience(kHandshakeLimit) ||
-        channel_.Receive(kHandshakeLimit, &frame) != Transfer::kDone ||
-        frame.operation != Operation::kHello || !DecodeWhole(frame.payload, &request) ||
+        channel_.Receive(kHandshakeLimit, &frame) != Transfer::kDone)
+        return false;
+    resting_since_ = kBusy;
+    if (frame.operation != Operation::kHello || !DecodeWhole(frame.payload, &request) ||
         request.magic != kMagic)
         return false;
     if (request.version != kProtocolVersion) {

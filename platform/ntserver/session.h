@@ -33,8 +33,8 @@ class Session {
     // Serves the client until it goes or misbehaves.
     void Run();
 
-    // From any thread: how long the client has rested, zero while it is being served; the end of
-    // it.
+    // From any thread: how long the client has rested, zero while it is being served (who has not
+    // said hello rests); the end of it.
     std::chrono::milliseconds Rest() const noexcept;
     void End() noexcept;
 
