@@ -2,6 +2,7 @@
 #include "velox/agntsetting.h"
 
 #include "eventtable.h"
+#include "registry/keys.h"
 #include "registry/trace.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";
@@ -37,7 +38,7 @@ constexpr NAME_LIST EVENT_LISTS[] = {
     {{"malloc TrapName failed.", "malloc TrapName[%d] failed."}, EVENT_TRAPNAME_CAPACITY}};
 
 constexpr EVENT_TABLE AGNT_TABLE = {
-    .szRoot = "SOFTWARE\\XEV\\KESALERTMAN\\REPORTTABLE\\USEREPORTAPI_EVENTLOG\\SYSTEM",
+    .szRoot = AM_KEY_AGENT_SOURCES,
     .cbRecord = sizeof(AGNT_DATA),
     .pfnFields = FieldsOf,
     .szNoTrapName = "  ",

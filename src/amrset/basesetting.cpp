@@ -8,13 +8,12 @@
 #include "blocks.h"
 #include "keypath.h"
 #include "keyvalues.h"
+#include "registry/keys.h"
 #include "registry/text.h"
 #include "registry/trace.h"
 #include "velox/subkey.h"
 
-#define KEY_BASESETTING "SOFTWARE\\XEV\\KESALERTMAN\\BASESETTING"
-#define KEY_REPORT KEY_BASESETTING "\\REPORT"
-#define KEY_OTHER KEY_BASESETTING "\\OTHER"
+#define KEY_OTHER AM_KEY_BASESETTING "\\OTHER"
 #define KEY_SHUTDOWN KEY_OTHER "\\SHUTDOWN DELAY"
 #define KEY_SHUTDOWN_SETTING KEY_SHUTDOWN "\\SETTING"
 
@@ -46,7 +45,7 @@ bool WriteShutdownTime(const BASE_DATA &baseData) noexcept {
 // ---- GetBaseSetting -----------------------------------------------------------------------------
 
 int ReadReportKind(BASE_DATA *lpBaseData) noexcept {
-    const KEYPATH path = NamePath(RootPath(KEY_REPORT), lpBaseData->szKindName);
+    const KEYPATH path = NamePath(RootPath(AM_KEY_REPORT), lpBaseData->szKindName);
     AutoRegKey key;
     if (OpenPath(path, KEY_READ, &key) != ERROR_SUCCESS) {
         TRACE_AS("GetBaseSetting", TRACE_FAILURE, "<RegOpenKeyEx %s failed.return -1.",
@@ -102,7 +101,7 @@ constexpr BLOCK_TEXTS RECORD_TEXTS = {"malloc lplpBaseData error!",
 // records over, which are released.
 DWORD ReadBaseList(BASE_DATA **lplpBaseData, char **lplpszSubKey, DWORD dwEntries) noexcept {
     DWORD dwKinds = 0;
-    (void)SearchSubKeyBounded(KEY_REPORT, lplpszSubKey, dwEntries - 1, &dwKinds);
+    (void)SearchSubKeyBounded(AM_KEY_REPORT, lplpszSubKey, dwEntries - 1, &dwKinds);
     for (DWORD i = 0; i < dwKinds; ++i) {
         (void)CopyText(lplpBaseData[i]->szKindName, lplpszSubKey[i]);
         (void)GetBaseSetting(lplpBaseData[i]);
@@ -129,7 +128,7 @@ int SetBaseSetting(const BASE_DATA *pBaseData) noexcept {
         return -1;
     }
     const KEYPATH path =
-        NamePath(RootPath(bShutdown ? KEY_OTHER : KEY_REPORT), pBaseData->szKindName);
+        NamePath(RootPath(bShutdown ? KEY_OTHER : AM_KEY_REPORT), pBaseData->szKindName);
     AutoRegKey key;
     if (OpenPath(path, KEY_READ, &key) != ERROR_SUCCESS) {
         TRACE(TRACE_FAILURE, "<RegOpenKeyEx %s failed.return -1.", path.szText);
@@ -158,9 +157,9 @@ int GetBaseSetting(BASE_DATA *lpBaseData) noexcept {
 int GetAllBaseSetting(BASE_DATA ***lplplpBaseData, DWORD *len) noexcept {
     TRACE(TRACE_NOTE, ">lplplpBaseData=%p,len=%p", static_cast<void *>(lplplpBaseData),
           static_cast<void *>(len));
-    const LONG lKinds = CalculateSubKey(KEY_REPORT);
+    const LONG lKinds = CalculateSubKey(AM_KEY_REPORT);
     // Written after every count, also after one that succeeded.
-    TRACE(TRACE_RESULT, "CalculateSubKey(%s) failed.", KEY_REPORT);
+    TRACE(TRACE_RESULT, "CalculateSubKey(%s) failed.", AM_KEY_REPORT);
     if (lKinds == -1) {
         TRACE(TRACE_FAILURE, "<CalculateSubKey failed.return -1.");
         return -1;

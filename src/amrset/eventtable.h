@@ -8,6 +8,7 @@
 
 #include "blocks.h"
 #include "keypath.h"
+#include "registry/keys.h"
 
 // The fields of a record, wherever they stand in it.
 struct EVENT_FIELDS {
@@ -102,7 +103,7 @@ inline KEYPATH SourcePath(const EVENT_TABLE &table, const char *lpszSourceName) 
 }
 
 inline KEYPATH LinksPath(const KEYPATH &event) noexcept {
-    return SubPath(event, "DESTINATIONSETTING\\ID_LIST");
+    return SubPath(event, AM_KEY_EVENT_LINKS);
 }
 
 // Opens the key szKey of an event; traces its failure as the function szFunction.

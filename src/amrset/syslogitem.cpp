@@ -6,9 +6,9 @@
 #include "keycounts.h"
 #include "keypath.h"
 #include "keyvalues.h"
+#include "registry/keys.h"
 #include "registry/text.h"
 #include "registry/trace.h"
-#include "syslogkeys.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";
 
@@ -193,7 +193,7 @@ int DeleteSource(const KEYPATH &source) noexcept {
 
 int AddSyslogItem(const SYSLOG_DATA *pAddData) noexcept {
     TRACE(TRACE_NOTE, ">pAddData=%p", static_cast<const void *>(pAddData));
-    const KEYPATH source = NamePath(RootPath(KEY_SYSLOG_SOURCES), pAddData->szSourceName);
+    const KEYPATH source = NamePath(RootPath(AM_KEY_SYSLOG_SOURCES), pAddData->szSourceName);
     const KEYPATH item = NamePath(source, pAddData->szEventID);
     if (!item.bUsable) {
         TRACE(TRACE_FAILURE, "<RegCreateKeyEx %s failed.return -1.", item.szText);
@@ -215,7 +215,7 @@ int AddSyslogItem(const SYSLOG_DATA *pAddData) noexcept {
 
 int DelSyslogItem(const char *SrcName, const char *EventId) noexcept {
     TRACE(TRACE_NOTE, ">SrcName=%s,EventId=%s", TextOrNull(SrcName), TextOrNull(EventId));
-    const KEYPATH source = NamePath(RootPath(KEY_SYSLOG_SOURCES), SrcName);
+    const KEYPATH source = NamePath(RootPath(AM_KEY_SYSLOG_SOURCES), SrcName);
     if (EventId == nullptr) {
         TRACE(TRACE_FAILURE, "<return -1.");
         return -1;

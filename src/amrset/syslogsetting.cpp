@@ -3,8 +3,8 @@
 
 #include "eventtable.h"
 #include "keyvalues.h"
+#include "registry/keys.h"
 #include "registry/trace.h"
-#include "syslogkeys.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";
 
@@ -59,7 +59,7 @@ constexpr NAME_LIST EVENT_LISTS[] = {
     {{"malloc EventID failed.", "malloc EventID[%d] failed."}, 512}};
 
 constexpr EVENT_TABLE SYSLOG_TABLE = {
-    .szRoot = KEY_SYSLOG_SOURCES,
+    .szRoot = AM_KEY_SYSLOG_SOURCES,
     .cbRecord = sizeof(SYSLOG_DATA),
     .pfnFields = FieldsOf,
     .szNoTrapName = "",

@@ -9,11 +9,10 @@
 #include "keycounts.h"
 #include "keyvalues.h"
 #include "registry/handles.h"
+#include "registry/keys.h"
 #include "registry/text.h"
 #include "registry/trace.h"
 #include "velox/basesetting.h"
-
-#define KEY_TRAPS "SOFTWARE\\XEV\\KESALERTMAN\\BASESETTING\\REPORT\\MANAGER (SNMP)\\SETTING"
 
 static constexpr char TRACE_SOURCE[] = "amrset";
 
@@ -24,9 +23,9 @@ constexpr std::size_t VALUE_NAME_CAPACITY = 256;
 
 // Opens the list and counts it; both readers fail with the same texts here.
 bool OpenTraps(const char *szFunction, AutoRegKey *lpKey, DWORD *lpdwTraps) noexcept {
-    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, KEY_TRAPS, 0, KEY_ALL_ACCESS, lpKey->Put()) !=
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, AM_KEY_TRAPS, 0, KEY_ALL_ACCESS, lpKey->Put()) !=
         ERROR_SUCCESS) {
-        TRACE_AS(szFunction, TRACE_FAILURE, "<RegOpenKeyEx %s failed.return FALSE.", KEY_TRAPS);
+        TRACE_AS(szFunction, TRACE_FAILURE, "<RegOpenKeyEx %s failed.return FALSE.", AM_KEY_TRAPS);
         return false;
     }
     KEY_COUNTS counts;
@@ -117,12 +116,12 @@ void DeleteValues(HKEY hKey) noexcept {
 }
 
 bool RenewTraps(AutoRegKey *lpKey) noexcept {
-    (void)RegDeleteKey(HKEY_LOCAL_MACHINE, KEY_TRAPS);
+    (void)RegDeleteKey(HKEY_LOCAL_MACHINE, AM_KEY_TRAPS);
     DWORD dwDisposition = REG_CREATED_NEW_KEY;
-    if (RegCreateKeyEx(HKEY_LOCAL_MACHINE, KEY_TRAPS, 0, "", REG_OPTION_NON_VOLATILE,
+    if (RegCreateKeyEx(HKEY_LOCAL_MACHINE, AM_KEY_TRAPS, 0, "", REG_OPTION_NON_VOLATILE,
                        KEY_ALL_ACCESS, nullptr, lpKey->Put(), &dwDisposition) != ERROR_SUCCESS) {
         TRACE_AS("SetTrapDest", TRACE_FAILURE, "<RegCreateKeyEx %s failed.return FALSE.",
-                 KEY_TRAPS);
+                 AM_KEY_TRAPS);
         return false;
     }
     if (dwDisposition == REG_OPENED_EXISTING_KEY) {
