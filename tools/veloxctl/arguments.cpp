@@ -46,7 +46,7 @@ void AddOption(CLI::App *app, const Option &option, char short_name,
 void AddOperand(CLI::App *app, const Operand &operand, std::vector<std::string> *slot) {
     CLI::Option *added = app->add_option(operand.name, *slot);
     added->expected(1, operand.repeatable ? CLI::detail::expected_max_vector_size : 1);
-    added->allow_extra_args(false)->required(operand.required);
+    added->allow_extra_args(operand.repeatable)->required(operand.required);
 }
 
 // What the parser says, as one line without its full stop.
