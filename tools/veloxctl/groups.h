@@ -19,6 +19,12 @@
     GROUP(kKeydiskGroup) \
     GROUP(kMailGroup) \
     GROUP(kReportGroup) \
+    GROUP(kBaseGroup) \
+    GROUP(kTrapGroup) \
+    GROUP(kDestGroup) \
+    GROUP(kMailDestGroup) \
+    GROUP(kEventGroup) \
+    GROUP(kSyslogGroup) \
     GROUP(kHelpGroup)
 // clang-format on
 
