@@ -36,7 +36,8 @@ class Encoder {
     }
     template <typename Message>
     void PutMessage(const Message &message) {
-        std::apply([this](const auto &...field) { (Put(field), ...); }, Message::Fields(message));
+        std::apply([this](const auto &...field) { (this->Put(field), ...); },
+                   Message::Fields(message));
     }
 
   private:
@@ -77,7 +78,7 @@ class Decoder {
     }
     template <typename Message>
     bool GetMessage(Message *message) noexcept {
-        return std::apply([this](auto &...field) { return (Get(&field) && ...); },
+        return std::apply([this](auto &...field) { return (this->Get(&field) && ...); },
                           Message::Fields(*message));
     }
     bool AtEnd() const noexcept { return rest_.empty(); }
