@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include <records/mail_modules.h>
+#include <session/answer.h>
 #include <session/deadline.h>
 #include <tracelog.h>
 
@@ -38,16 +39,6 @@ Outcome TryToSend(const Arguments &arguments) noexcept {
     }
 }
 
-// Printable ASCII only: the text may hold whatever a server said.
-void GiveAnswer(const std::string &reason, char *answer) noexcept {
-    if (answer == nullptr)
-        return;
-    std::size_t length = 0;
-    for (; length < reason.size() && length < MAIL_ANSWER_CAPACITY - 1; ++length)
-        answer[length] = reason[length] >= 0x20 && reason[length] <= 0x7E ? reason[length] : '?';
-    answer[length] = '\0';
-}
-
 DWORD Send(const Arguments &arguments, char *answer, DWORD *status) noexcept {
     const Outcome outcome = TryToSend(arguments);
     if (outcome.status == MAIL_STATUS_SENT)
@@ -55,7 +46,8 @@ DWORD Send(const Arguments &arguments, char *answer, DWORD *status) noexcept {
     else
         TraceLog(1, kSource, kFunction, __LINE__, "not sent, status %u: %s", outcome.status,
                  outcome.reason.c_str());
-    GiveAnswer(outcome.reason, answer);
+    if (answer != nullptr)
+        session::GiveAnswer(outcome.reason, answer, MAIL_ANSWER_CAPACITY);
     if (status != nullptr)
         *status = outcome.status;
     return outcome.status;

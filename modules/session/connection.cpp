@@ -95,7 +95,8 @@ void Connection::SetCommonOptions() {
     Set(CURLOPT_QUICK_EXIT, 1L);
     Set(CURLOPT_PROXY, "");
     Set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_IGNORED));
-    Set(CURLOPT_PROTOCOLS_STR, "smtp,smtps,pop3,pop3s");
+    const std::string protocols = endpoint_.protocol + "," + endpoint_.protocol + "s";
+    Set(CURLOPT_PROTOCOLS_STR, protocols.c_str());
     Set(CURLOPT_SOCKOPTFUNCTION, &CloseOnExec);
     Set(CURLOPT_ERRORBUFFER, error_.data());
     Set(CURLOPT_VERBOSE, 1L);

@@ -64,6 +64,8 @@ bool Conversation::Received(std::string_view line) {
         return false;
     }
     const std::string shown = wording_.answer(WithoutLineEnd(line));
+    if (shown.empty())
+        return true;
     if (!closing_ && answer_.size() < kMostAnswer) {
         if (!answer_.empty())
             answer_ += " / ";

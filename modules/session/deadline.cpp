@@ -7,11 +7,11 @@
 
 namespace session {
 
-milliseconds Allowance() noexcept {
+milliseconds Allowance(const char *variable) noexcept {
     constexpr int kOrdinary = 60;
     constexpr int kLongest = 600;
     int seconds = kOrdinary;
-    if (const char *text = ::secure_getenv("KES_MAIL_DEADLINE")) {
+    if (const char *text = ::secure_getenv(variable)) {
         const char *end = text + std::strlen(text);
         int wanted = 0;
         const auto [rest, error] = std::from_chars(text, end, wanted);

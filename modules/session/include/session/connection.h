@@ -1,4 +1,4 @@
-// One connection to a mail server through libcurl, with what all of them have in common: a deadline
+// One connection to a server through libcurl, with what all of them have in common: a deadline
 // over everything, no proxy, no signals, verified certificates, a traced conversation.
 #ifndef SESSION_CONNECTION_H
 #define SESSION_CONNECTION_H
@@ -18,7 +18,7 @@ namespace session {
 enum class Protection { kNone, kFromTheFirstByte, kUpgradeRequired, kUpgradeWhenOffered };
 
 struct Endpoint {
-    std::string protocol;  // "smtp" or "pop3"
+    std::string protocol;  // "smtp", "pop3" or "http"
     std::string host;      // a name or an address; what the certificate must be for
     std::string address;   // where to connect when the host is not to be looked up; else empty
     unsigned port = 0;

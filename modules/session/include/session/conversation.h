@@ -12,7 +12,8 @@
 
 namespace session {
 
-// What of a line may be shown to people. Lines come without their line end.
+// What of a line may be shown to people; nothing for a line that is passed over. Lines come without
+// their line end.
 struct Wording {
     std::function<std::string(std::string_view)> command;
     std::function<std::string(std::string_view)> answer;

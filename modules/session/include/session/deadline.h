@@ -1,4 +1,4 @@
-// How long one call of a mail module may take, name look-up and goodbye included.
+// How long one call of a module may take, name look-up and goodbye included.
 #ifndef SESSION_DEADLINE_H
 #define SESSION_DEADLINE_H
 
@@ -9,9 +9,9 @@ namespace session {
 
 using std::chrono::milliseconds;
 
-// 60 seconds, or the number of seconds (1 to 600) in the environment variable KES_MAIL_DEADLINE. A
-// program with raised rights ignores the variable; any other text in it counts for nothing.
-milliseconds Allowance() noexcept;
+// 60 seconds, or the number of seconds (1 to 600) in an environment variable. A program with raised
+// rights ignores the variable; any other text in it counts for nothing.
+milliseconds Allowance(const char *variable = "KES_MAIL_DEADLINE") noexcept;
 
 // A span of time that starts with the object.
 class Deadline {
