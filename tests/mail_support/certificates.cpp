@@ -3,6 +3,11 @@
 #include <stdexcept>
 #include <vector>
 
+#include <cstdio>
+
+#include <openssl/pem.h>
+#include <openssl/x509.h>
+
 #include "mail_support/process.h"
 
 namespace mail_support {
@@ -20,6 +25,38 @@ void MakeCertificate(const std::string &file, const std::string &key,
         throw std::runtime_error("openssl req failed: " + openssl.output);
 }
 
+struct CloseFile {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+struct FreeCertificate {
+    void operator()(X509 *certificate) const { X509_free(certificate); }
+};
+struct FreeKey {
+    void operator()(EVP_PKEY *key) const { EVP_PKEY_free(key); }
+};
+
+std::unique_ptr<std::FILE, CloseFile> Open(const std::string &file, const char *mode) {
+    std::unique_ptr<std::FILE, CloseFile> opened(std::fopen(file.c_str(), mode));
+    if (opened == nullptr)
+        throw std::runtime_error("cannot open " + file);
+    return opened;
+}
+
+// Signs a certificate anew, with a time that is over.
+void Outdate(const std::string &file, const std::string &authority_key) {
+    constexpr long kDay = 24 * 60 * 60;
+    const std::unique_ptr<X509, FreeCertificate> certificate(
+        PEM_read_X509(Open(file, "r").get(), nullptr, nullptr, nullptr));
+    const std::unique_ptr<EVP_PKEY, FreeKey> key(
+        PEM_read_PrivateKey(Open(authority_key, "r").get(), nullptr, nullptr, nullptr));
+    if (certificate == nullptr || key == nullptr ||
+        X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -2 * kDay) == nullptr ||
+        X509_gmtime_adj(X509_getm_notAfter(certificate.get()), -kDay) == nullptr ||
+        X509_sign(certificate.get(), key.get(), EVP_sha256()) == 0 ||
+        PEM_write_X509(Open(file, "w").get(), certificate.get()) != 1)
+        throw std::runtime_error("cannot outdate " + file);
+}
+
 }  // namespace
 
 Authority::Authority() : file_(folder_ / "authority.pem"), key_(folder_ / "authority.key") {
@@ -33,6 +70,12 @@ Certificate Authority::Issue(const std::string &names) const {
     MakeCertificate(certificate.certificate_file, certificate.key_file,
                     {"-subj", "/CN=Test server", "-addext", "subjectAltName=" + names, "-addext",
                      "basicConstraints=critical,CA:FALSE", "-CA", file_, "-CAkey", key_});
+    return certificate;
+}
+
+Certificate Authority::IssueExpired(const std::string &names) const {
+    Certificate certificate = Issue(names);
+    Outdate(certificate.certificate_file, key_);
     return certificate;
 }
 

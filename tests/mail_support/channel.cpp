@@ -66,6 +66,15 @@ long Channel::Send(std::string_view text) {
     }
 }
 
+bool Channel::ReceiveMore() {
+    std::array<char, 4096> buffer{};
+    const long count = Receive(buffer.data(), buffer.size());
+    if (count <= 0)
+        return false;
+    unread_.append(buffer.data(), static_cast<std::size_t>(count));
+    return true;
+}
+
 std::optional<std::string> Channel::ReadLine() {
     for (;;) {
         if (const auto end = unread_.find('\n'); end != std::string::npos) {
@@ -75,12 +84,18 @@ std::optional<std::string> Channel::ReadLine() {
                 line.pop_back();
             return line;
         }
-        std::array<char, 4096> buffer{};
-        const long count = Receive(buffer.data(), buffer.size());
-        if (count <= 0)
+        if (!ReceiveMore())
             return {};
-        unread_.append(buffer.data(), static_cast<std::size_t>(count));
     }
+}
+
+std::optional<std::string> Channel::Read(std::size_t size) {
+    while (unread_.size() < size)
+        if (!ReceiveMore())
+            return {};
+    std::string text = unread_.substr(0, size);
+    unread_.erase(0, size);
+    return text;
 }
 
 bool Channel::Write(std::string_view text) {

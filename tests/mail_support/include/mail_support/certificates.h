@@ -24,6 +24,8 @@ class Authority {
     const std::string &File() const { return file_; }
     // A server certificate; names is an openssl list like "DNS:mail.example,IP:127.0.0.1".
     Certificate Issue(const std::string &names) const;
+    // One whose time is over since yesterday.
+    Certificate IssueExpired(const std::string &names) const;
 
   private:
     test_support::TempFolder folder_;

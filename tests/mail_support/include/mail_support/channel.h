@@ -23,6 +23,8 @@ class Channel {
 
     // A line without its end; nothing when the client is gone or the server is stopped.
     std::optional<std::string> ReadLine();
+    // That many bytes; nothing when the client is gone before, or the server is stopped.
+    std::optional<std::string> Read(std::size_t size);
     bool Write(std::string_view text);
     bool StartTls(SSL_CTX *context);
     bool IsEncrypted() const { return tls_ != nullptr; }
@@ -40,6 +42,8 @@ class Channel {
     bool Wait(short events, int milliseconds = -1);
     // Waits as the failed TLS operation asks; false when it failed for good.
     bool WaitForTls(int result);
+    // Waits for more and keeps it as unread; false at the end.
+    bool ReceiveMore();
     long Receive(char *buffer, std::size_t capacity);
     long Send(std::string_view text);
 
