@@ -63,8 +63,15 @@ static_assert(offsetof(VLX_ALERT_DATA, hEvent) == 184, "event");
 
 #define AMRVXMN_MODULE "amrvxmn.dll"
 
-/* Hands the opening report to the manager: 0 when the manager accepted it, otherwise non-zero with
-   the reason in lpszErrorMessage. */
+/* Results: the manager accepted the report; no connection was made (settings, arguments, memory);
+   no complete answer came, so that the manager may have the report all the same; it refused. */
+#define VLX_MANAGER_ACCEPTED 0
+#define VLX_MANAGER_NOT_PREPARED 1
+#define VLX_MANAGER_NOT_DELIVERED 2
+#define VLX_MANAGER_REFUSED 3
+
+/* Hands the opening report to the manager: 0 when the manager accepted it, otherwise one of the
+   other results with the reason, printable ASCII, in lpszErrorMessage. */
 typedef int AMVLXMANREPORT_OPEN(VLX_ALERT_DATA *lpAlertData,
                                 VLX_MANAGER_PARAM *lpManagerParam) NTWIN32_NOEXCEPT;
 #define AMVLXMANREPORT_OPEN_NAME "AMVlxManReport_Open"
