@@ -67,6 +67,7 @@ class Store {
     Verification Verify(std::chrono::milliseconds limit, const std::function<bool()> &go_on);
 
     // Frees the reader slots and snapshots of processes that died.
+    void FinishDeadWriter() noexcept;
     void ForgetDeadReaders() noexcept;
 
     // The service begins or ends: mapping clients say hello again.

@@ -59,7 +59,8 @@ TEST(KillTest, NothingThatWasAcknowledgedIsLost) {
         writes += ledger[client].acknowledged;
     }
     EXPECT_GT(writes, static_cast<DWORD>(kKills)) << "the load was no load";
-    EXPECT_EQ(KesRegVerify(nullptr, 0), ERROR_SUCCESS);
+    char damage[256] = "";
+    EXPECT_EQ(KesRegVerify(damage, sizeof damage), ERROR_SUCCESS) << damage << server.Log().substr(server.Log().size() < 2000 ? 0 : server.Log().size() - 2000);
     RecordProperty("acknowledged_writes", static_cast<int>(writes));
 }
 
