@@ -67,7 +67,6 @@ class Store {
     Verification Verify(std::chrono::milliseconds limit, const std::function<bool()> &go_on);
 
     // Frees the reader slots and snapshots of processes that died.
-    void FinishDeadWriter() noexcept;
     void ForgetDeadReaders() noexcept;
 
     // The service begins or ends: mapping clients say hello again.
@@ -80,6 +79,7 @@ class Store {
     friend class StoreReader;
     Store() = default;
 
+    void FinishDeadWriter() noexcept;
     bool OpenEnvironment(std::string *problem);
     regstore::Status Commit(regstore::Writer *writer);
     bool ApplyTogether(const std::vector<const Change *> &changes,

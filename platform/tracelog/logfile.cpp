@@ -71,7 +71,8 @@ void LogFile::Close() noexcept {
 bool LogFile::OpenFolder() noexcept {
     constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
     int descriptor = ::open(folder_path_, kFlags);
-    if (descriptor < 0 && errno == ENOENT && ::mkdir(folder_path_, 0700) == 0) {
+    if (descriptor < 0 && errno == ENOENT) {
+        ::mkdir(folder_path_, 0700);  // or another process does
         descriptor = ::open(folder_path_, kFlags);
     }
     folder_.Reset(AboveStandardStreams(descriptor));
