@@ -10,15 +10,15 @@ bool EqualFolded(std::string_view left, std::string_view right) noexcept {
 }
 
 Status CheckPath(std::string_view path) noexcept {
-    bool too_long = false;
+    bool refused = false;
     std::size_t depth = 0;
     for (PathWalk walk(path); !walk.Done();) {
         const std::string_view component = walk.Next();
         if (component.empty())
             return Status::kBadPath;
-        too_long = too_long || component.size() > kMaxName || ++depth > kMaxDepth;
+        refused = refused || !IsName(component) || ++depth > kMaxDepth;
     }
-    return too_long ? Status::kInvalidParameter : Status::kSuccess;
+    return refused ? Status::kInvalidParameter : Status::kSuccess;
 }
 
 }  // namespace regstore

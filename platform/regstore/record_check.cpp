@@ -19,10 +19,6 @@ std::string Describe(const RecordPlace &place, const char *fault) {
     return text;
 }
 
-bool IsName(std::string_view name) noexcept {
-    return name.size() <= kMaxName && name.find('\0') == std::string_view::npos;
-}
-
 std::uint64_t HashFolded(std::string_view name) noexcept {
     unsigned char folded[kMaxName];
     FoldName(name, folded);

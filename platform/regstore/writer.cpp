@@ -162,7 +162,7 @@ Status Writer::CreateKey(KeyId id, std::string_view path, std::string_view class
     Status status = CheckPath(path);
     if (!IsGood(status))
         return status;
-    if (class_text.size() > kMaxClass)
+    if (class_text.size() > kMaxClass || !IsName(class_text))
         return Status::kInvalidParameter;
     OpenKey *start = nullptr;
     status = Load(id, &start);
@@ -222,7 +222,7 @@ Status Writer::CreateSubKey(KeyId parent, std::string_view name, std::string_vie
 
 Status Writer::SetValue(KeyId id, std::string_view name, std::uint32_t type,
                         std::string_view data) {
-    if (name.size() > kMaxName || data.size() > kMaxData)
+    if (!IsName(name) || data.size() > kMaxData)
         return Status::kInvalidParameter;
     OpenKey *key = nullptr;
     Status status = Load(id, &key);

@@ -177,6 +177,34 @@ TEST(BadClientsTest, AnUnknownVersionIsAnswered) {
     EXPECT_NE(server.Log().find("version 2"), std::string::npos);
 }
 
+// Names that no function of the library can send: they are refused and leave the store sound.
+TEST(BadClientsTest, NamesWithAZeroByteAreRefused) {
+    Server server;
+    const std::string_view zero("a\0b", 3);
+    ntserver::BatchChange change = Change(KES_REG_SET_VALUE, false, zero);
+    change.path = "BATCH";
+    const std::string requests[] = {
+        Frame(Operation::kSetValue, ntserver::SetValueRequest{kRoot, zero, REG_SZ, "x"}),
+        Frame(Operation::kCreateKey, ntserver::CreateKeyRequest{kRoot, zero, ""}),
+        Frame(Operation::kCreateKey, ntserver::CreateKeyRequest{kRoot, "CLASS", zero}),
+        Batch(change) + Commit(1)};
+    for (const std::string &request : requests) {
+        const RawClient client(server);
+        std::string answers;
+        EXPECT_TRUE(client.Send(Hello() + request + Claim(0xFFFFFFFFU)));
+        EXPECT_TRUE(client.IsEnded(&answers));
+        const std::string last = answers.substr(answers.find(server.StoreFolder()));
+        EXPECT_EQ(last.substr(server.StoreFolder().size() + ntserver::kHeaderSize, 1),
+                  std::string(1, static_cast<char>(ERROR_INVALID_PARAMETER)));
+    }
+    EXPECT_EQ(OpenResult(kRoot, "CLASS"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(OpenResult(kRoot, "BATCH"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(KesRegVerify(nullptr, 0), ERROR_SUCCESS);
+    EXPECT_EQ(server.Stop(), 0);
+    server.Start();
+    ExpectServed();
+}
+
 // Frames that arrive byte by byte are frames, as long as they arrive in time.
 TEST(BadClientsTest, SmallPiecesAreTaken) {
     const Server server;

@@ -35,6 +35,11 @@ inline void FoldName(std::string_view name, unsigned char *folded) noexcept {
         folded[i] = static_cast<unsigned char>(FoldCharacter(name[i]));
 }
 
+// What a name may be: within the limit, and without the byte that ends texts for callers.
+inline bool IsName(std::string_view name) noexcept {
+    return name.size() <= kMaxName && name.find('\0') == std::string_view::npos;
+}
+
 bool EqualFolded(std::string_view left, std::string_view right) noexcept;
 
 // Takes a path's components from its front. A component may come out empty or too long: such a path
@@ -58,7 +63,8 @@ class PathWalk {
     bool done_;
 };
 
-// kBadPath for an empty component, kInvalidParameter for a name or a depth beyond the limits.
+// kBadPath for an empty component, kInvalidParameter for what is no name and for a depth beyond the
+// limit.
 Status CheckPath(std::string_view path) noexcept;
 
 }  // namespace regstore
