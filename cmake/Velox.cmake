@@ -86,6 +86,9 @@ function(velox_target name kind)
       -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/${arg_EXPORTS})
     set_property(TARGET ${name} PROPERTY LINK_DEPENDS
       ${CMAKE_CURRENT_SOURCE_DIR}/${arg_EXPORTS})
+    # For the test that compares the list with the library.
+    set_property(TARGET ${name} PROPERTY VELOX_EXPORTS
+      ${CMAKE_CURRENT_SOURCE_DIR}/${arg_EXPORTS})
   endif()
 endfunction()
 
@@ -100,6 +103,7 @@ endfunction()
 # velox_shared_library(NAME ...): a public library of the product, installed with its headers.
 function(velox_shared_library name)
   velox_target(${name} SHARED ${ARGN})
+  set_property(GLOBAL APPEND PROPERTY VELOX_LIBRARIES ${name})
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   install(TARGETS ${name} LIBRARY DESTINATION lib)
@@ -111,6 +115,7 @@ endfunction()
 # velox_module(FILE ...): a run-time module, named FILE.dll in the product's lib folder.
 function(velox_module name)
   velox_target(${name} MODULE ${ARGN})
+  set_property(GLOBAL APPEND PROPERTY VELOX_LIBRARIES ${name})
   set_target_properties(${name} PROPERTIES PREFIX "" SUFFIX ".dll")
   # The libraries below (GLib, libcurl) do not survive being unloaded.
   target_link_options(${name} PRIVATE -Wl,-z,nodelete)
