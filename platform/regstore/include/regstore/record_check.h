@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "regstore/records.h"
@@ -33,7 +34,9 @@ class RecordCheck : public RecordVisitor {
         std::uint64_t place;
         std::uint64_t name;  // hash of the folded name
         friend bool operator==(const Placed &, const Placed &) = default;
-        friend auto operator<=>(const Placed &, const Placed &) = default;
+        friend bool operator<(const Placed &left, const Placed &right) noexcept {
+            return std::tie(left.place, left.name) < std::tie(right.place, right.name);
+        }
     };
 
     bool VisitStore(const RecordPlace &place, std::string_view bytes);
