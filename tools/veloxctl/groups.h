@@ -25,6 +25,7 @@
     GROUP(kMailDestGroup) \
     GROUP(kEventGroup) \
     GROUP(kSyslogGroup) \
+    GROUP(kQueueGroup) \
     GROUP(kHelpGroup)
 // clang-format on
 

@@ -10,6 +10,7 @@ int RunPreview(const Arguments &arguments);
 int RunTest(const Arguments &arguments);
 int RunOpening(const Arguments &arguments);
 int RunDecode(const Arguments &arguments);
+int RunQueueTest(const Arguments &arguments);
 
 }  // namespace veloxctl::report
 

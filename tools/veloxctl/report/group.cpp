@@ -76,6 +76,11 @@ constexpr Command kCommands[] = {
      .operands = kDecodeOperands,
      .options = kDecodeOptions,
      .run = report::RunDecode},
+    {.name = "queue-test",
+     .summary = "queues a test alert",
+     .description = "Puts a test alert for the Velox report destination into the alert queue, so "
+                    "that it goes out by whatever method is selected. Its delivery is not awaited.",
+     .run = report::RunQueueTest},
 };
 
 }  // namespace
