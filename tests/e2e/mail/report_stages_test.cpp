@@ -55,7 +55,7 @@ Reported SendTestReport() {
     return reported;
 }
 
-class ReportStagesTest : public ReportTest, public testing::WithParamInterface<Case> {
+class ReportStagesBase : public ReportTest {
   protected:
     // Once beforehand: libraries are loaded, the registry's connection is there.
     static void WarmUp() {
@@ -75,6 +75,8 @@ class ReportStagesTest : public ReportTest, public testing::WithParamInterface<C
         EXPECT_EQ(Registered(), code == VX_REPORT_SENT ? 1U : 0U);
     }
 };
+
+class ReportStagesTest : public ReportStagesBase, public testing::WithParamInterface<Case> {};
 
 const auto kFaults =
     testing::Values(Fault{"Stalls", {"", Then::kStall}}, Fault{"Closes", {"", Then::kClose}},
@@ -166,5 +168,23 @@ INSTANTIATE_TEST_SUITE_P(
                                      Stage{"Pop", "", "", VX_REPORT_POP_FAILED}),
                      testing::Values(Fault{"Connect", {}})),
     TitleOf);
+
+using ReportLifetimeTest = ReportStagesBase;
+
+// Every report loads amcregac.dll, amrpop.dll and amrsmtp.dll, uses them and unloads them.
+TEST_F(ReportLifetimeTest, SeveralReportsOfOneProcess) {
+    WarmUp();
+    SmtpServer smtp({});
+    PopServer pop({});
+    UseServer("127.0.0.1", smtp.Port());
+    UsePop("127.0.0.1", pop.Port(), "monitor", "secret");
+    const Census before;
+    for (int times = 0; times < 3; ++times) {
+        EXPECT_EQ(SendTestReport().code, VX_REPORT_SENT);
+        EXPECT_EQ(Settle(before), before);
+    }
+    EXPECT_EQ(smtp.Mails().size(), 3U);
+    EXPECT_EQ(pop.LogIns(), 3);
+}
 
 }  // namespace
