@@ -6,6 +6,7 @@
 #include <ntwin32/types.h>
 
 #include <cstdlib>
+#include <type_traits>
 
 #include "registry/handles.h"
 #include "registry/trace.h"
@@ -33,7 +34,25 @@ struct BlocksPolicy {
 template <typename T>
 using AutoBlocks = AutoHandle<BlocksPolicy<T>>;
 
-// dwCount zeroed blocks of cbBlock bytes; null when there is no memory.
+// An empty text of cbBlock bytes; what lies behind it is not touched, because a table has many.
+[[nodiscard]] inline char *AllocateText(std::size_t cbBlock) noexcept {
+    auto *lpszText = static_cast<char *>(std::malloc(cbBlock));
+    if (lpszText != nullptr) {
+        lpszText[0] = '\0';
+    }
+    return lpszText;
+}
+
+template <typename T>
+[[nodiscard]] T *AllocateBlock(std::size_t cbBlock) noexcept {
+    if constexpr (std::is_same_v<T, char>) {
+        return AllocateText(cbBlock);
+    } else {
+        return static_cast<T *>(std::calloc(1, cbBlock));
+    }
+}
+
+// dwCount zeroed blocks, or empty texts, of cbBlock bytes; null when there is no memory.
 template <typename T>
 [[nodiscard]] T **AllocateBlocks(const char *szFunction, const BLOCK_TEXTS &texts, DWORD dwCount,
                                  std::size_t cbBlock) noexcept {
@@ -44,7 +63,7 @@ template <typename T>
         return nullptr;
     }
     for (DWORD i = 0; i < dwCount; ++i) {
-        blocks.Get()[i] = static_cast<T *>(std::calloc(1, cbBlock));
+        blocks.Get()[i] = AllocateBlock<T>(cbBlock);
         if (blocks.Get()[i] == nullptr) {
             TRACE_AS(szFunction, TRACE_MEMORY, texts.szBlock, static_cast<int>(i));
             return nullptr;

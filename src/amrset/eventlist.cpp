@@ -89,7 +89,7 @@ class EventRecords {
     [[nodiscard]] bool AllocateDestinations(DWORD dwRecord) noexcept {
         char **lplpszDestID = m_table.pfnFields(m_lplpRecords[dwRecord]).lplpszDestID;
         for (DWORD i = 0; i < EVENT_MAX_DEST; ++i) {
-            lplpszDestID[i] = static_cast<char *>(std::calloc(1, EVENT_DEST_CAPACITY));
+            lplpszDestID[i] = AllocateText(EVENT_DEST_CAPACITY);
             if (lplpszDestID[i] == nullptr) {
                 TRACE_AS(m_table.getAll.szFunction, TRACE_MEMORY, m_table.getAll.szNoDestID,
                          static_cast<int>(dwRecord), static_cast<int>(i));

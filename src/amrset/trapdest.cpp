@@ -37,17 +37,18 @@ bool OpenTraps(const char *szFunction, AutoRegKey *lpKey, DWORD *lpdwTraps) noex
     return true;
 }
 
-// Reads the value dwIndex; the name goes into lpbPtr and is not looked at.
+// Reads the value dwIndex; the name goes into lpbPtr and is not looked at. A value that fills the
+// buffer without a terminator is one byte too long.
 LONG ReadTrap(HKEY hKey, DWORD dwIndex, char *lpbPtr, char *lpszTrap) noexcept {
-    char szData[TRAP_DEST_CAPACITY + 1] = {};
     DWORD dwName = VALUE_NAME_CAPACITY;
     DWORD dwSize = TRAP_DEST_CAPACITY;
     const LONG lResult = RegEnumValue(hKey, dwIndex, lpbPtr, &dwName, nullptr, nullptr,
-                                      reinterpret_cast<BYTE *>(szData), &dwSize);
-    if (lResult != ERROR_SUCCESS) {
+                                      reinterpret_cast<BYTE *>(lpszTrap), &dwSize);
+    if (lResult != ERROR_SUCCESS || dwSize < TRAP_DEST_CAPACITY) {
+        lpszTrap[lResult == ERROR_SUCCESS ? dwSize : 0] = '\0';
         return lResult;
     }
-    return CopyText(lpszTrap, TRAP_DEST_CAPACITY, szData) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    return CutText(lpszTrap, TRAP_DEST_CAPACITY, lpszTrap) ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
 // Reads dwTraps values, or up to the end when others have been removed meanwhile. A value that
