@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -42,7 +43,14 @@ class Server {
     }
     Server(const Server &) = delete;
     Server &operator=(const Server &) = delete;
-    ~Server() { Stop(); }
+    ~Server() {
+        Stop();
+        // What a sanitizer finds in the server fails the test, whatever else it looks at.
+        if (Log().find("Sanitizer") != std::string::npos) {
+            std::fprintf(stderr, "%s\n", Log().c_str());
+            std::abort();
+        }
+    }
 
     std::string StateFolder() const { return folder_ / "state"; }
     std::string RunFolder() const { return folder_ / "run"; }
