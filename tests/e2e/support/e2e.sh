@@ -75,7 +75,7 @@ trace_of_import() {
 # run_import EXPECTED-STATUS: runs vlxfd; its output goes to $work/stdout and stderr.
 run_import() {
     local status=0
-    timeout 60 vlxfd >"$work/stdout" 2>"$work/stderr" || status=$?
+    timeout 500 vlxfd >"$work/stdout" 2>"$work/stderr" || status=$?
     expect_equal "exit status of vlxfd" "$1" "$status"
 }
 
