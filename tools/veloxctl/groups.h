@@ -19,6 +19,8 @@
     GROUP(kKeydiskGroup) \
     GROUP(kMailGroup) \
     GROUP(kReportGroup) \
+    GROUP(kMethodGroup) \
+    GROUP(kManagerGroup) \
     GROUP(kBaseGroup) \
     GROUP(kTrapGroup) \
     GROUP(kDestGroup) \
@@ -36,7 +38,7 @@ VELOXCTL_QUICK_GROUPS(VELOXCTL_DECLARE)
 VELOXCTL_OTHER_GROUPS(VELOXCTL_DECLARE)
 #undef VELOXCTL_DECLARE
 
-#define VELOXCTL_ADDRESS(group) &group,
+#define VELOXCTL_ADDRESS(group) &(group),
 
 inline constexpr const Group *kQuickGroups[] = {VELOXCTL_QUICK_GROUPS(VELOXCTL_ADDRESS)};
 

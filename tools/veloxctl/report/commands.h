@@ -9,6 +9,7 @@ namespace veloxctl::report {
 int RunPreview(const Arguments &arguments);
 int RunTest(const Arguments &arguments);
 int RunOpening(const Arguments &arguments);
+int RunSecurityOpen(const Arguments &arguments);
 int RunDecode(const Arguments &arguments);
 int RunQueueTest(const Arguments &arguments);
 

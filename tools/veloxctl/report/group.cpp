@@ -41,6 +41,10 @@ constexpr Option kOpeningOptions[] = {
      .completes = Completes::kFiles},
 };
 
+constexpr Operand kSecurityOpenOperands[] = {
+    {.name = "PRODUCT", .summary = "the product's name, which takes the device code's place"},
+};
+
 constexpr Operand kDecodeOperands[] = {
     {.name = "FILE",
      .summary = "a mail, or a mailbox in mbox form; without it standard input",
@@ -69,6 +73,13 @@ constexpr Command kCommands[] = {
      .description = "Sends the opening report with an opening message, as \"report test\" does.",
      .options = kOpeningOptions,
      .run = report::RunOpening},
+    {.name = "security-open",
+     .summary = "sends the opening report of a product",
+     .description = "Sends the opening report of a product that was put into service, by the "
+                    "selected report method: by internet mail, or to the management server. The "
+                    "dial-up method cannot send one. Nothing is recorded.",
+     .operands = kSecurityOpenOperands,
+     .run = report::RunSecurityOpen},
     {.name = "decode",
      .summary = "shows the report inside a received mail",
      .description = "Finds the encoded report in a mail as it was received, or in every mail of a "

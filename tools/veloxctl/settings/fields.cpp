@@ -236,4 +236,11 @@ void RequireStored(const Json &wanted, const Json &stored, const std::string &na
          Utf8ToTerminal(name) + ": not everything was stored; see the trace with --verbose");
 }
 
+void FailToStore(const char *what) {
+    if (geteuid() != 0) {
+        FailRegistry(what, ERROR_ACCESS_DENIED);
+    }
+    Fail(EX_IOERR, std::string(what) + " cannot be stored; see the trace with --verbose");
+}
+
 }  // namespace veloxctl::settings

@@ -81,6 +81,9 @@ regfile::Change KeyChange(regfile::Change::Kind kind, const std::string &path);
 // registry refuses a value.
 void RequireStored(const Json &wanted, const Json &stored, const std::string &name);
 
+// Fails because the registry refused what was to be stored.
+[[noreturn]] void FailToStore(const char *what);
+
 }  // namespace veloxctl::settings
 
 #endif  // VELOXCTL_SETTINGS_FIELDS_H
