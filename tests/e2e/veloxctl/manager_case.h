@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <sysexits.h>
 
+#include <cstdio>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -35,6 +36,14 @@ class ManagerCommandTest : public RegTest {
 
     static void Put(const std::string &key, const std::string &value) {
         Import("[" + key + "]\n" + value + "\n");
+    }
+    // Has reports handed to a manager on loopback.
+    static void Select(unsigned port, const std::string &host = "") {
+        Put(kMethodKey, "\"SelectedMethod\"=\"TransToManager\"");
+        char number[16];
+        std::snprintf(number, sizeof number, "%08x", port);
+        Put(kDestination, "\"ManagerIP\"=\"127.0.0.1\"\n\"IPorHost\"=\"" + host +
+                              "\"\n\"PortNumber\"=dword:" + number);
     }
     // The values of a key as .reg lines.
     static std::string Values(const std::string &key) {

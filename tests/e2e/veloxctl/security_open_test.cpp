@@ -5,7 +5,6 @@
 #include <mail_support/server.h>
 
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -23,14 +22,6 @@ using testing::HasSubstr;
 
 class SecurityOpenTest : public ManagerCommandTest {
   protected:
-    static void Select(unsigned port, const std::string &host = "") {
-        Put(kMethodKey, "\"SelectedMethod\"=\"TransToManager\"");
-        char number[16];
-        std::snprintf(number, sizeof number, "%08x", port);
-        Put(kDestination, "\"ManagerIP\"=\"127.0.0.1\"\n\"IPorHost\"=\"" + host +
-                              "\"\n\"PortNumber\"=dword:" + number);
-    }
-
     static Result Report(const std::string &product = "N8100-0001",
                          const Surroundings &surroundings = {}) {
         const Result result = Veloxctl({"report", "security-open", product}, surroundings);
