@@ -109,11 +109,19 @@ std::unique_ptr<Reader> Reader::Open(const Environment &environment, int *code) 
     *code = BeginRead(environment.Handle(), &transaction);
     if (*code != MDB_SUCCESS)
         return nullptr;
+    MDB_cursor *cursor = nullptr;
+    *code = mdb_cursor_open(transaction, Environment::kDatabase, &cursor);
+    if (*code != MDB_SUCCESS) {
+        mdb_txn_abort(transaction);
+        return nullptr;
+    }
     mdb_txn_reset(transaction);
-    return std::unique_ptr<Reader>(new Reader(transaction));
+    return std::unique_ptr<Reader>(new Reader(transaction, cursor));
 }
 
 Reader::~Reader() {
+    if (cursor_ != nullptr)
+        mdb_cursor_close(cursor_);
     if (transaction_ != nullptr)
         mdb_txn_abort(transaction_);
 }

@@ -69,7 +69,9 @@ Status FindRecord(const Snapshot &snapshot, const RecordKey &key,
                   std::string_view *bytes) noexcept {
     MDB_val wanted = {key.Size(), const_cast<unsigned char *>(key.Data())};
     MDB_val found;
-    const int code = mdb_get(snapshot.transaction, snapshot.database, &wanted, &found);
+    const int code = snapshot.cursor != nullptr
+                         ? mdb_cursor_get(snapshot.cursor, &wanted, &found, MDB_SET)
+                         : mdb_get(snapshot.transaction, snapshot.database, &wanted, &found);
     if (code != MDB_SUCCESS)
         return code == MDB_NOTFOUND ? Status::kNotFound : StatusFromLmdb(code);
     *bytes = {static_cast<const char *>(found.mv_data), found.mv_size};

@@ -66,17 +66,27 @@ class Reader {
     int Renew() noexcept { return mdb_txn_renew(transaction_); }
     void Reset() noexcept { mdb_txn_reset(transaction_); }
     Snapshot Current() const noexcept { return {transaction_, Environment::kDatabase}; }
+    // For walks down a path, whose keys' records mostly lie side by side.
+    Snapshot CurrentForPath() const noexcept {
+        const bool ready = mdb_cursor_renew(transaction_, cursor_) == MDB_SUCCESS;
+        return {transaction_, Environment::kDatabase, ready ? cursor_ : nullptr};
+    }
 
     // Where this thread's enumerations stand.
     Enumerator &Enumeration() noexcept { return enumerator_; }
 
     // In a forked child: forgets the transaction, as Environment::Abandon does.
-    void Abandon() noexcept { transaction_ = nullptr; }
+    void Abandon() noexcept {
+        transaction_ = nullptr;
+        cursor_ = nullptr;
+    }
 
   private:
-    explicit Reader(MDB_txn *transaction) noexcept : transaction_(transaction) {}
+    Reader(MDB_txn *transaction, MDB_cursor *cursor) noexcept
+        : transaction_(transaction), cursor_(cursor) {}
 
     MDB_txn *transaction_;
+    MDB_cursor *cursor_;
     Enumerator enumerator_;
 };
 

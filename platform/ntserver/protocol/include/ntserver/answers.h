@@ -11,7 +11,7 @@ namespace ntserver {
 
 inline regstore::Status AnswerTo(const PathRequest &request, regstore::Reader &reader,
                                  KeyAnswer *answer) noexcept {
-    return regstore::FindKey(reader.Current(), request.key, request.path, &answer->key);
+    return regstore::FindKey(reader.CurrentForPath(), request.key, request.path, &answer->key);
 }
 
 inline regstore::Status AnswerTo(const QueryValueRequest &request, regstore::Reader &reader,
