@@ -14,6 +14,7 @@
 #include "groups.h"
 #include "registry.h"
 #include "settings/fields.h"
+#include "settings/plan.h"
 #include "terminal.h"
 
 namespace veloxctl {
@@ -21,6 +22,7 @@ namespace veloxctl {
 namespace {
 
 using settings::Json;
+using settings::Plan;
 
 constexpr char kAddress[] = AM_KEY_VELOXREPORT "\\Address";
 constexpr char kSchedule[] = AM_KEY_VELOXREPORT "\\SCHEDULE";
@@ -62,34 +64,6 @@ int RunShow(const Arguments &arguments) {
 }
 
 // ---- Writing ------------------------------------------------------------------------------------
-
-class Plan {
-  public:
-    void SetText(const char *path, const char *name, const std::string &text) {
-        Add(path, name, REG_SZ, text.c_str(), text.size() + 1);
-    }
-    void SetNumber(const char *path, const char *name, DWORD number) {
-        Add(path, name, REG_DWORD, &number, sizeof number);
-    }
-    bool IsEmpty() const { return changes_.empty(); }
-    void Apply() const {
-        ApplyChanges(changes_, [&](std::size_t index) {
-            return ShownKey(*changes_[index].path) + " " + changes_[index].name;
-        });
-    }
-
-  private:
-    void Add(const char *path, const char *name, DWORD type, const void *data, std::size_t size) {
-        const auto *bytes = static_cast<const std::uint8_t *>(data);
-        changes_.push_back({.kind = regfile::Change::Kind::kSetValue,
-                            .path = std::make_shared<const std::string>(path),
-                            .name = name,
-                            .type = type,
-                            .data = {bytes, bytes + size}});
-    }
-
-    std::vector<regfile::Change> changes_;
-};
 
 // What the sending of a report would refuse is refused here.
 void CheckAddress(const std::string &address) {
