@@ -27,12 +27,19 @@
     GROUP(kMailDestGroup) \
     GROUP(kEventGroup) \
     GROUP(kSyslogGroup) \
+    GROUP(kCustomerGroup) \
+    GROUP(kMachineGroup) \
+    GROUP(kVendorGroup) \
+    GROUP(kOptionsGroup) \
+    GROUP(kOsNamesGroup) \
+    GROUP(kDealersGroup) \
     GROUP(kQueueGroup) \
     GROUP(kHelpGroup)
 // clang-format on
 
 namespace veloxctl {
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the name of what is declared
 #define VELOXCTL_DECLARE(group) extern const Group group;
 VELOXCTL_QUICK_GROUPS(VELOXCTL_DECLARE)
 VELOXCTL_OTHER_GROUPS(VELOXCTL_DECLARE)
