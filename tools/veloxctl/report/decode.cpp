@@ -1,6 +1,7 @@
 // "veloxctl report decode".
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <optional>
 #include <vector>
 
@@ -31,9 +32,12 @@ struct Reading {
     bool damaged = false;
 };
 
-// Loaded once and kept: what stands behind it does not survive being unloaded.
+// Loaded once and kept: what stands behind it does not survive being unloaded. It lies beside the
+// program.
 VELOXCTL_READ_MAIL *MailReader() {
-    void *library = dlopen(VELOXCTL_MAIL_READER_FILE, RTLD_NOW | RTLD_LOCAL);
+    const auto program = std::filesystem::read_symlink("/proc/self/exe");
+    const auto file = program.parent_path() / VELOXCTL_MAIL_READER_FILE;
+    void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     void *function = library != nullptr ? dlsym(library, VELOXCTL_READ_MAIL_NAME) : nullptr;
     if (function == nullptr) {
         Fail(EX_OSFILE, dlerror());
