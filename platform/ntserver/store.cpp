@@ -129,8 +129,9 @@ bool Store::OpenEnvironment(std::string *problem) {
     return true;
 }
 
-// A writer that died after it wrote its head page and before it announced it in the lock file leaves
-// readers at the snapshot before that page. Who takes the lock of a dead writer announces the page.
+// A writer that died after it wrote its head page and before it announced it in the lock file
+// leaves readers at the snapshot before that page. Who takes the lock of a dead writer announces
+// the page.
 void Store::FinishDeadWriter() noexcept {
     MDB_txn *transaction = nullptr;
     if (mdb_txn_begin(environment_->Handle(), nullptr, 0, &transaction) == MDB_SUCCESS)
