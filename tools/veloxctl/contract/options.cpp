@@ -41,6 +41,7 @@ Json Read() {
 }
 
 int RunShow(const Arguments &arguments) {
+    (void)ReadExistingKey(VLX_KEY_SETTING);
     settings::ShowTable(arguments, Read(), kTitles);
     return EX_OK;
 }

@@ -36,6 +36,8 @@ struct Parameters {
 };
 
 Parameters Read() {
+    // The library gives the defaults without the key, and also without a registry: that fails here.
+    (void)ReadKey(kAddressKey);
     VLX_MANAGER_PARAM record = {};
     if (GetManagerParam(&record) == FALSE) {
         Fail(EX_OSERR, "there is not enough memory");
