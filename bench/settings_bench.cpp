@@ -5,10 +5,10 @@
 #include <ntwin32/registry.h>
 #include <registry/keys.h>
 #include <support/server.h>
-#include <velox/agntsetting.h>
-#include <velox/basesetting.h>
-#include <velox/destsetting.h>
-#include <velox/syslogsetting.h>
+#include <velox/agent_setting.h>
+#include <velox/base_setting.h>
+#include <velox/destination_setting.h>
+#include <velox/syslog_setting.h>
 
 #include <cstdio>
 #include <ctime>

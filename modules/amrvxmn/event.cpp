@@ -3,7 +3,7 @@
 #include <ntwin32/registry.h>
 #include <ntwin32/system.h>
 #include <sodium.h>
-#include <velox/regaccess.h>
+#include <velox/registry_access.h>
 #include <velox/service_info.h>
 
 #include <algorithm>

@@ -17,7 +17,7 @@
 #include <climits>
 #include <cstdarg>
 
-#include "logfile.h"
+#include "log_file.h"
 #include "record.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "contractkey.h"
+#include "contract_key.h"
 #include "velox/contract.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";

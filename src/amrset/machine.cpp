@@ -3,13 +3,13 @@
 #include <ntwin32/system.h>
 #include <registry/trace.h>
 #include <velox/contract_items.h>
-#include <velox/regaccess.h>
+#include <velox/registry_access.h>
 
 #include <cstdint>
 #include <cstring>
 
-#include "contractkey.h"
-#include "datafile.h"
+#include "contract_key.h"
+#include "data_file.h"
 #include "velox/contract.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";

@@ -8,7 +8,7 @@
 #include "registry/keys.h"
 #include "registry/text.h"
 #include "registry/trace.h"
-#include "velox/regaccess.h"
+#include "velox/registry_access.h"
 #include "velox/report_method.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";

@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "contractkey.h"
-#include "datafile.h"
+#include "contract_key.h"
+#include "data_file.h"
 #include "velox/contract.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";

@@ -10,7 +10,7 @@
 #include "registry/text.h"
 #include "registry/trace.h"
 #include "velox/mail_report.h"
-#include "velox/regaccess.h"
+#include "velox/registry_access.h"
 
 static constexpr char TRACE_SOURCE[] = "amrset";
 

@@ -9,7 +9,7 @@
 #include "registry/keys.h"
 #include "registry/text.h"
 #include "registry/trace.h"
-#include "velox/regaccess.h"
+#include "velox/registry_access.h"
 
 static constexpr char TRACE_SOURCE[] = "keyfd";
 

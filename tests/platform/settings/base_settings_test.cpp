@@ -1,6 +1,6 @@
 // Base settings and trap destinations in a real registry.
-#include <velox/basesetting.h>
-#include <velox/subkey.h>
+#include <velox/base_setting.h>
+#include <velox/sub_key.h>
 
 #include <memory>
 

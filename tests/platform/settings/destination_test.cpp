@@ -1,6 +1,6 @@
 // Report destinations in a real registry.
 #include <support/title.h>
-#include <velox/destsetting.h>
+#include <velox/destination_setting.h>
 
 #include <memory>
 

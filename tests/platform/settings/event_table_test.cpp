@@ -1,6 +1,6 @@
 // Both event tables in a real registry.
-#include <velox/agntsetting.h>
-#include <velox/syslogsetting.h>
+#include <velox/agent_setting.h>
+#include <velox/syslog_setting.h>
 
 #include <array>
 #include <memory>

@@ -1,6 +1,6 @@
 // Items of the system log's table in a real registry.
-#include <velox/syslogitem.h>
-#include <velox/syslogsetting.h>
+#include <velox/syslog_item.h>
+#include <velox/syslog_setting.h>
 
 #include <memory>
 

@@ -7,7 +7,7 @@
 
 #include "fakes/platform.h"
 #include "fakes/registry.h"
-#include "velox/basesetting.h"
+#include "velox/base_setting.h"
 
 extern "C" int ReadKindFromC(BASE_DATA *record);
 extern "C" int ReadTablesFromC(void);

@@ -16,8 +16,8 @@
 #include "fakes/registry.h"
 #include "registry/text.h"
 #include "sweep.h"
-#include "velox/agntsetting.h"
-#include "velox/syslogsetting.h"
+#include "velox/agent_setting.h"
+#include "velox/syslog_setting.h"
 
 namespace event_tables {
 

@@ -1,10 +1,10 @@
 /* The headers of the alert manager's settings alone, as C, and calls through them. */
-#include "velox/agntsetting.h"
-#include "velox/basesetting.h"
-#include "velox/destsetting.h"
-#include "velox/subkey.h"
-#include "velox/syslogitem.h"
-#include "velox/syslogsetting.h"
+#include "velox/agent_setting.h"
+#include "velox/base_setting.h"
+#include "velox/destination_setting.h"
+#include "velox/sub_key.h"
+#include "velox/syslog_item.h"
+#include "velox/syslog_setting.h"
 
 int ReadKindFromC(BASE_DATA *record);
 int ReadTablesFromC(void);

@@ -1,6 +1,6 @@
 // "veloxctl base": the switch of each report kind, and the delayed shutdown.
 #include <registry/keys.h>
-#include <velox/basesetting.h>
+#include <velox/base_setting.h>
 
 #include <algorithm>
 #include <memory>

@@ -2,7 +2,7 @@
 #ifndef VELOXCTL_DEST_COMMANDS_H
 #define VELOXCTL_DEST_COMMANDS_H
 
-#include <records/destdata.h>
+#include <records/destination_data.h>
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 // Reading destinations; "veloxctl dest list" and "veloxctl dest show".
 #include <ntwin32/registry.h>
 #include <registry/keys.h>
-#include <velox/destsetting.h>
+#include <velox/destination_setting.h>
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 // "veloxctl dest add", "modify" and "delete".
 #include <registry/keys.h>
-#include <velox/destsetting.h>
+#include <velox/destination_setting.h>
 
 #include <algorithm>
 #include <cstring>

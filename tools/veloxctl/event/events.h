@@ -3,7 +3,7 @@
 #ifndef VELOXCTL_EVENT_EVENTS_H
 #define VELOXCTL_EVENT_EVENTS_H
 
-#include <records/eventdata.h>
+#include <records/event_data.h>
 
 #include <optional>
 #include <string>

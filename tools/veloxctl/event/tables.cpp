@@ -1,7 +1,7 @@
 // The events as the library's records hold them.
 #include <registry/keys.h>
-#include <velox/agntsetting.h>
-#include <velox/syslogsetting.h>
+#include <velox/agent_setting.h>
+#include <velox/syslog_setting.h>
 
 #include <array>
 #include <memory>

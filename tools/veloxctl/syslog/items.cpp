@@ -2,7 +2,7 @@
 #include "syslog/items.h"
 
 #include <registry/keys.h>
-#include <velox/syslogitem.h>
+#include <velox/syslog_item.h>
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 // "veloxctl trap": the destinations of SNMP traps.
 #include <registry/keys.h>
-#include <velox/basesetting.h>
+#include <velox/base_setting.h>
 
 #include <algorithm>
 

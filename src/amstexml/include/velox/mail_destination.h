@@ -1,6 +1,7 @@
 /*
  * The mail settings of the Velox report's destination: addresses, subject, report level and
- * schedule of the destination "VELOXREPORT", an ordinary destination of velox/destsetting.h.
+ * schedule of the destination "VELOXREPORT", an ordinary destination of
+ * velox/destination_setting.h.
  *
  * Conventions
  *  1. The functions give TRUE (1) or FALSE (0); the trace says why.
@@ -18,7 +19,7 @@
 
 #include <assert.h>
 #include <ntwin32/types.h>
-#include <records/destdata.h>
+#include <records/destination_data.h>
 #include <stddef.h>
 
 #ifdef __cplusplus

@@ -2,7 +2,7 @@
 #ifndef RECORDS_SCHEDULE_H
 #define RECORDS_SCHEDULE_H
 
-#include "records/destdata.h"
+#include "records/destination_data.h"
 
 struct SCHEDULE_VALUE {
     const char *szName;

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "registry/text.h"
-#include "velox/regaccess.h"
+#include "velox/registry_access.h"
 
 // Reads a text of at most N - 1 bytes, its terminator included: the array is one byte larger than
 // the size that is read and zeroed first, so that a value stored without terminator ends inside.

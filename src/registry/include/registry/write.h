@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "velox/regaccess.h"
+#include "velox/registry_access.h"
 
 // Stores a text with its terminator.
 [[nodiscard]] inline bool WriteText(const char *lpszPath, const char *lpszValue,
