@@ -116,8 +116,8 @@ Secret ReadLine(int descriptor, std::size_t longest, const std::string &source,
     return secret;
 }
 
-Secret AskWithoutEcho(int terminal, const std::string &prompt, std::size_t longest) {
-    const WithoutEcho silence(terminal);
+Secret AskWithoutEcho(int terminal, const WithoutEcho &silence, const std::string &prompt,
+                      std::size_t longest) {
     dprintf(terminal, "%s: ", prompt.c_str());
     Secret answer = ReadLine(terminal, longest, prompt, &silence);
     dprintf(terminal, "\n");
@@ -159,8 +159,10 @@ Secret ReadSecret(const std::string &source, const std::string &prompt, std::siz
     if (terminal.Get() < 0) {
         Fail(EX_USAGE, prompt + ": there is no terminal to ask at; give a file");
     }
-    Secret first = AskWithoutEcho(terminal.Get(), prompt, longest);
-    const Secret second = AskWithoutEcho(terminal.Get(), prompt + " (again)", longest);
+    // One silence for both: what is typed ahead is not echoed in between.
+    const WithoutEcho silence(terminal.Get());
+    Secret first = AskWithoutEcho(terminal.Get(), silence, prompt, longest);
+    const Secret second = AskWithoutEcho(terminal.Get(), silence, prompt + " (again)", longest);
     if (first.Text() != second.Text()) {
         Fail(EX_DATAERR, "the two answers differ");
     }

@@ -212,12 +212,19 @@ TEST_F(MailCommandTest, SetWantsSomethingToSet) {
 }
 
 TEST_F(MailCommandTest, ThePasswordIsAskedForTwiceWithoutEcho) {
-    const Result result =
-        VeloxctlInTerminal({"mail", "set", "--pop-password"},
-                           {{"POP password", "marked 51c0\n"}, {":", "marked 51c0\n"}});
+    const Result result = VeloxctlInTerminal(
+        {"mail", "set", "--pop-password"},
+        {{"POP password: ", "marked 51c0\n"}, {"POP password (again): ", "marked 51c0\n"}});
     EXPECT_EQ(result.status, EX_OK) << result.output;
     EXPECT_THAT(result.output, Not(HasSubstr("51c0")));
     EXPECT_EQ(ShowJson()["pop"]["password"], "stored");
+}
+
+TEST_F(MailCommandTest, ThePasswordThatIsTypedAheadIsNotEchoed) {
+    const Result result = VeloxctlInTerminal({"mail", "set", "--pop-password"},
+                                             {{"POP password: ", "marked 51c0\nmarked 51c0\n"}});
+    EXPECT_EQ(result.status, EX_OK) << result.output;
+    EXPECT_THAT(result.output, Not(HasSubstr("51c0")));
 }
 
 TEST_F(MailCommandTest, ThePasswordIsTheFilesFirstLine) {

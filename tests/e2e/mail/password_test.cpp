@@ -119,9 +119,10 @@ INSTANTIATE_TEST_SUITE_P(
 using TypedPasswordTest = ReportTest;
 
 TEST_F(TypedPasswordTest, HasNoEcho) {
-    const Result result = VeloxctlInTerminal({"-v", "mail", "set", "--pop-password"},
-                                             {{"POP password", std::string(kMarked) + "\n"},
-                                              {"POP password", std::string(kMarked) + "\n"}});
+    const Result result =
+        VeloxctlInTerminal({"-v", "mail", "set", "--pop-password"},
+                           {{"POP password: ", std::string(kMarked) + "\n"},
+                            {"POP password (again): ", std::string(kMarked) + "\n"}});
     EXPECT_EQ(result.status, 0) << result.output;
     ExpectNoPassword("the terminal", result.output);
 }

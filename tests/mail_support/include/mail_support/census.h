@@ -2,6 +2,8 @@
 #ifndef MAIL_SUPPORT_CENSUS_H
 #define MAIL_SUPPORT_CENSUS_H
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <filesystem>
 #include <iterator>
@@ -13,22 +15,25 @@ struct Census {
     std::ptrdiff_t descriptors = Count("/proc/self/fd");
     std::ptrdiff_t threads = Count("/proc/self/task");
 
-    bool operator==(const Census &) const = default;
-
     static std::ptrdiff_t Count(const char *folder) {
         return std::distance(std::filesystem::directory_iterator(folder),
                              std::filesystem::directory_iterator());
     }
 };
 
-// The census once it equals the expected one, or after ten seconds: threads take a moment to go.
-inline Census Settle(const Census &expected) {
+// Waits, at most ten seconds, until no more are open than at the first census: they take a moment
+// to go. Fewer is well, because something that was about to go may have been counted.
+inline testing::AssertionResult NothingLeftSince(const Census &before) {
     Census now;
-    for (int tries = 0; tries < 1000 && !(now == expected); ++tries) {
+    for (int tries = 0; tries < 1000; ++tries) {
+        if (now.descriptors <= before.descriptors && now.threads <= before.threads)
+            return testing::AssertionSuccess();
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         now = Census();
     }
-    return now;
+    return testing::AssertionFailure()
+           << "descriptors: " << now.descriptors << ", before: " << before.descriptors
+           << "; threads: " << now.threads << ", before: " << before.threads;
 }
 
 }  // namespace mail_support
