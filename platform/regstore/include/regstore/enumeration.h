@@ -57,6 +57,8 @@ class Enumerator {
     Status Walk(class Cursor &cursor, std::uint32_t index, std::uint32_t count,
                 std::string_view *key, std::string_view *bytes);
     Status Append(class Cursor &values, std::string_view key, std::string_view bytes);
+    Status FindNear(class Cursor &cursor, std::string_view wanted, std::string_view *key,
+                    std::string_view *bytes) const;
     Status AppendValue(class Cursor &values, std::string_view name, Item *item);
     std::string_view Text(std::uint32_t start, std::uint32_t size) const {
         return std::string_view(arena_).substr(start, size);
