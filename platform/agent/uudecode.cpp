@@ -123,7 +123,7 @@ class HistoricalBody {
         }
         std::string group(4, ' ');
         for (unsigned done = 0; done < length; done += 3) {
-            const std::size_t at = std::min<std::size_t>(done / 3 * 4, encoded.size());
+            const std::size_t at = std::min(std::size_t{done} / 3 * 4, encoded.size());
             const std::string_view present = encoded.substr(at, 4);
             std::fill(group.begin(), group.end(), ' ');
             std::copy(present.begin(), present.end(), group.begin());

@@ -1,7 +1,5 @@
 #include "commit_queue.h"
 
-#include <utility>
-
 namespace ntserver {
 
 namespace {
@@ -11,8 +9,8 @@ constexpr std::size_t kLargestGroup = 256;
 
 }  // namespace
 
-regstore::Status CommitQueue::Run(Store::Change change, Sharing sharing) {
-    Request mine{std::move(change), sharing, {}, false, false, {}};
+regstore::Status CommitQueue::Run(const Store::Change &change, Sharing sharing) {
+    Request mine{change, sharing, {}, false, false, {}};
     std::unique_lock held(lock_);
     waiting_.push_back(&mine);
     if (led_)

@@ -28,7 +28,7 @@ class CommitQueue {
     enum class Sharing { kShared, kAlone };
 
     // Makes a change durable, or gives why it was not made.
-    regstore::Status Run(Store::Change change, Sharing sharing);
+    regstore::Status Run(const Store::Change &change, Sharing sharing);
 
   private:
     struct Request {
