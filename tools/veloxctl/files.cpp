@@ -85,7 +85,7 @@ class FileBeside {
 // Where a link leads, so that the file behind it is written and not the link replaced.
 std::string Resolved(const std::string &path) {
     char *resolved = realpath(path.c_str(), nullptr);
-    const std::string place = resolved == nullptr ? path : resolved;
+    std::string place = resolved == nullptr ? path : resolved;
     std::free(resolved);
     return place;
 }

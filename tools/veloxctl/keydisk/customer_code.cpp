@@ -27,7 +27,7 @@ std::string EncodeCustomerFile(std::string_view text) {
         FALSE) {
         throw std::bad_alloc();
     }
-    const std::string file(static_cast<const char *>(block), size);
+    std::string file(static_cast<const char *>(block), size);
     std::free(block);
     return file;
 }

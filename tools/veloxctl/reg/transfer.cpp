@@ -36,7 +36,7 @@ std::string ShownValue(const regfile::Value &value) {
 }
 
 std::string StepLine(const PlanStep &step) {
-    const std::string key = ShownKey(step.path);
+    std::string key = ShownKey(step.path);
     switch (step.kind) {
         case StepKind::kCreateKey:
             return "create key      " + key;
@@ -123,7 +123,7 @@ int RunExport(const Arguments &arguments) {
 }
 
 int RunImport(const Arguments &arguments) {
-    const std::string file = arguments.Get("FILE");
+    const std::string &file = arguments.Get("FILE");
     const std::vector<regfile::Change> changes = ReadChanges(file);
     if (arguments.Has("dry-run")) {
         PrintPlan(MakePlan(changes), arguments.Has("json"));
