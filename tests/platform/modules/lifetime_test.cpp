@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 
+#include <amcregac.h>
 #include <mail_support/census.h>
 #include <mail_support/logging_in.h>
 #include <mail_support/module.h>
@@ -18,6 +19,7 @@
 #include <mail_support/server.h>
 #include <mail_support/smtp_server.h>
 #include <session/deadline.h>
+#include <support/server.h>
 #include <support/title.h>
 
 #include "module_fixture.h"
@@ -50,12 +52,27 @@ TEST(ModuleExportsTest, Pop) {
 
 using ModuleLifetimeTest = ModuleTest;
 
+// By amcregac.dll, loaded for the call.
+std::string MailSettingsKey() {
+    const Module registry("amcregac.dll");
+    auto *const get_path =
+        registry.Get<decltype(AMACBSGetMethodRegistryPath)>("AMACBSGetMethodRegistryPath");
+    HKEY root = 0;
+    char path[256] = "";
+    DWORD size = sizeof path;
+    EXPECT_NE(get_path("Report", "VeloxReport(Internet Mail)", &root, path, &size), FALSE);
+    return path;
+}
+
 // Each call of the helpers loads its module, uses it and unloads it.
 TEST_F(ModuleLifetimeTest, LoadedUsedAndUnloadedThreeTimes) {
+    const test_support::Server registry;
     SmtpServer smtp({});
     PopServer pop({});
+    (void)MailSettingsKey();  // the process has opened the registry
     const Census before;
     for (int times = 0; times < 3; ++times) {
+        EXPECT_THAT(MailSettingsKey(), testing::EndsWith("VeloxReport(Internet Mail)\\Setting"));
         EXPECT_TRUE(LogIn({.port = pop.Port()}).disconnect);
         EXPECT_EQ(Send({.port = smtp.Port()}).status, MAIL_STATUS_SENT);
         EXPECT_TRUE(NothingLeftSince(before));
