@@ -1,10 +1,12 @@
-// Listing all sub-keys or values of a key by index: 100,000 against 10,000. Names of one length
-// were made in their order; counted names were not, since "9" stands behind "10".
+// Listing all sub-keys or values of a key by index: 100,000 against 10,000; once in a process, as a
+// command does, and again and again in the same one. Names of one length were made in their order;
+// counted names were not, since "9" stands behind "10".
 #include <ntwin32/registry.h>
 #include <support/server.h>
 
 #include "support/ratios.h"
 #include "support/registry_load.h"
+#include "support/worker.h"
 
 namespace {
 
@@ -48,57 +50,83 @@ HKEY FilledKey(Names kind, long count) {
     return key;
 }
 
-void ListSubKeys(benchmark::State &state) {
-    const HKEY key = FilledKey(Names::kOneLength, state.range(0));
-    for (auto _ : state) {
-        char name[256];
-        DWORD index = 0;
-        for (DWORD size = sizeof name; RegEnumKeyEx(key, index, name, &size, nullptr, nullptr,
-                                                    nullptr, nullptr) == ERROR_SUCCESS;
-             ++index)
-            size = sizeof name;
-        if (index != state.range(0))
-            state.SkipWithError("not all sub-keys were listed");
+// Each lists a whole key and gives how many there were.
+long ListSubKeys(HKEY key) {
+    char name[256];
+    DWORD index = 0;
+    for (DWORD size = sizeof name;
+         RegEnumKeyEx(key, index, name, &size, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++index)
+        size = sizeof name;
+    return index;
+}
+
+long ListValues(HKEY key) {
+    char name[256];
+    BYTE data[256];
+    DWORD index = 0;
+    for (;; ++index) {
+        DWORD size = sizeof name;
+        DWORD data_size = sizeof data;
+        if (RegEnumValue(key, index, name, &size, nullptr, nullptr, data, &data_size) !=
+            ERROR_SUCCESS)
+            return index;
     }
 }
 
-void ListValuesOf(benchmark::State &state, Names names) {
+// Again and again in one process.
+void ListAgain(benchmark::State &state, Names names, long (*list)(HKEY)) {
     const HKEY key = FilledKey(names, state.range(0));
+    for (auto _ : state)
+        if (list(key) != state.range(0))
+            state.SkipWithError("not everything was listed");
+}
+
+// Once in a process, as a command does: each time in a new one, which has just opened the key.
+void ListOnce(benchmark::State &state, Names names, long (*list)(HKEY)) {
+    const long count = state.range(0);
+    (void)FilledKey(names, count);
     for (auto _ : state) {
-        char name[256];
-        BYTE data[256];
-        DWORD index = 0;
-        for (;; ++index) {
-            DWORD size = sizeof name;
-            DWORD data_size = sizeof data;
-            if (RegEnumValue(key, index, name, &size, nullptr, nullptr, data, &data_size) !=
-                ERROR_SUCCESS)
-                break;
-        }
-        if (index != state.range(0))
-            state.SkipWithError("not all values were listed");
+        bench::Worker worker([&]() -> bench::Work {
+            const HKEY key = FilledKey(names, count);
+            return [=](long) {
+                if (list(key) != count)
+                    std::abort();
+            };
+        });
+        state.SetIterationTime(worker.Run(1));
     }
 }
 
-void ListValues(benchmark::State &state) {
-    ListValuesOf(state, Names::kOneLength);
+void Register(const char *name, Names names, long (*list)(HKEY)) {
+    const std::string title = name;
+    benchmark::RegisterBenchmark((title + "Again").c_str(), ListAgain, names, list)
+        ->Arg(10000)
+        ->Arg(100000)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark((title + "Once").c_str(), ListOnce, names, list)
+        ->Arg(10000)
+        ->Arg(100000)
+        ->UseManualTime()
+        ->Iterations(5)
+        ->Unit(benchmark::kMillisecond);
 }
 
-void ListCountedValues(benchmark::State &state) {
-    ListValuesOf(state, Names::kCounted);
+bench::Ratio Growth(const std::string &what, const std::string &name) {
+    constexpr double kGoal = 11;
+    return {"100,000 " + what + ", in times of 10,000", name + "/100000", name + "/10000", kGoal};
 }
-
-BENCHMARK(ListSubKeys)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(ListValues)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(ListCountedValues)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
 int main(int argc, char **argv) {
+    Register("SubKeys", Names::kOneLength, ListSubKeys);
+    Register("Values", Names::kOneLength, ListValues);
+    Register("CountedValues", Names::kCounted, ListValues);
     return bench::Run(
         argc, argv,
-        {{"100,000 sub-keys, in times of 10,000", "ListSubKeys/100000", "ListSubKeys/10000", 11},
-         {"100,000 values, in times of 10,000", "ListValues/100000", "ListValues/10000", 11},
-         {"100,000 values of counted names, in times of 10,000", "ListCountedValues/100000",
-          "ListCountedValues/10000", 11}});
+        {Growth("sub-keys once", "SubKeysOnce"), Growth("sub-keys again and again", "SubKeysAgain"),
+         Growth("values once", "ValuesOnce"), Growth("values again and again", "ValuesAgain"),
+         Growth("values of counted names once", "CountedValuesOnce"),
+         Growth("values of counted names again and again", "CountedValuesAgain")});
 }

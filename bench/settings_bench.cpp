@@ -158,20 +158,30 @@ double ThreadSeconds() {
 }
 
 // The work is all the calling thread's, so that its own time is taken: other programs on the
-// machine do not blur it.
-template <typename Work>
-void Measure(benchmark::State &state, const Work &work) {
+// machine do not blur it. What the work gives is released outside of that time.
+template <typename Work, typename Release>
+void Measure(benchmark::State &state, const Work &work, const Release &release) {
     for (auto _ : state) {
         const double start = ThreadSeconds();
-        work();
+        const auto result = work();
         state.SetIterationTime(ThreadSeconds() - start);
+        release(result);
     }
+}
+
+template <typename Work>
+void Measure(benchmark::State &state, const Work &work) {
+    const auto measured = [&] {
+        work();
+        return 0;
+    };
+    Measure(state, measured, [](int) {});
 }
 
 // ---- The functions ------------------------------------------------------------------------------
 
-template <typename Data, auto GetAll, auto Free>
-void ReadTable(long events) {
+template <typename Data, auto GetAll>
+Data **ReadTable(long events) {
     Data **list = nullptr;
     DWORD count = 0;
     DWORD sources = 0;
@@ -179,21 +189,23 @@ void ReadTable(long events) {
     if (GetAll(&list, &count, &sources, &most) != 0 || count != static_cast<DWORD>(events)) {
         throw std::runtime_error("the table cannot be read");
     }
-    Free(list);
+    return list;
 }
 
-constexpr auto kReadAgent = ReadTable<AGNT_DATA, GetAllAgntSetting, FreeAgntSettings>;
-constexpr auto kReadSyslog = ReadTable<SYSLOG_DATA, GetAllSyslogSetting, FreeSyslogSettings>;
+constexpr auto kReadAgent = ReadTable<AGNT_DATA, GetAllAgntSetting>;
+constexpr auto kReadSyslog = ReadTable<SYSLOG_DATA, GetAllSyslogSetting>;
 
 void AgentTable(benchmark::State &state) {
     ProvideAgent(state.range(0));
-    Measure(state, [&] { kReadAgent(state.range(0)); });
+    Measure(
+        state, [&] { return kReadAgent(state.range(0)); }, FreeAgntSettings);
 }
 BENCHMARK(AgentTable)->Arg(200)->Arg(2000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void SyslogTable(benchmark::State &state) {
     ProvideSyslog(state.range(0));
-    Measure(state, [&] { kReadSyslog(state.range(0)); });
+    Measure(
+        state, [&] { return kReadSyslog(state.range(0)); }, FreeSyslogSettings);
 }
 BENCHMARK(SyslogTable)->Arg(200)->Arg(2000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -223,14 +235,15 @@ BENCHMARK(DestinationList)->Arg(100)->Arg(1000)->UseManualTime()->Unit(benchmark
 
 void TrapList(benchmark::State &state) {
     ProvideTraps(state.range(0));
-    Measure(state, [&] {
+    const auto read = [&] {
         DWORD count = 0;
         char **list = nullptr;
         if (TrapDestRead(&count, &list) == FALSE || count != static_cast<DWORD>(state.range(0))) {
             state.SkipWithError("not all traps");
         }
-        FreeTrapDest(list);
-    });
+        return list;
+    };
+    Measure(state, read, FreeTrapDest);
 }
 BENCHMARK(TrapList)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -368,7 +381,7 @@ std::size_t HeapInUse() {
 template <typename Data, auto GetAll, auto Free>
 std::size_t BytesOf(void (*provide)(long), long events) {
     provide(events);
-    ReadTable<Data, GetAll, Free>(events);  // what stays of a first call is not the table's
+    Free(ReadTable<Data, GetAll>(events));  // what stays of a first call is not the table's
     const std::size_t before = HeapInUse();
     Data **list = nullptr;
     DWORD count = 0;

@@ -38,7 +38,9 @@ Status Enumerator::SubKeyAt(const Snapshot &snapshot, KeyId id, std::uint32_t in
     if (status != Status::kSuccess)
         return status;
     const Item &found = window_[index - first_];
-    *item = {found.id, Text(found.key_start + found.key_size, found.name_size)};
+    const std::uint32_t name_start = found.key_start + found.key_size;
+    *item = {found.id, Text(name_start, found.name_size),
+             Text(name_start + found.name_size, found.data_size)};
     return Status::kSuccess;
 }
 
@@ -137,6 +139,11 @@ Status Enumerator::Walk(Cursor &cursor, std::uint32_t index, std::uint32_t count
     return Step(cursor, status, true, from_end, key, bytes);
 }
 
+void Enumerator::AppendText(std::string_view text, std::uint32_t *size) {
+    *size = Size(text);
+    arena_.append(text);
+}
+
 // Copies one item to the end of the window.
 Status Enumerator::Append(Cursor &values, std::string_view key, std::string_view bytes) {
     RecordPlace place;
@@ -146,19 +153,18 @@ Status Enumerator::Append(Cursor &values, std::string_view key, std::string_view
     item.key_start = Size(arena_);
     item.key_size = Size(key);
     arena_.append(key);
-    std::string_view name;
     if (kind_ == RecordKind::kSubKey) {
         SubKeyRecord record;
         if (!ParseSubKey(bytes, &record))
             return Status::kStoreFailed;
         item.id = record.id;
-        name = record.name;
-    } else if (!ParseValueOrder(bytes, &name)) {
-        return Status::kStoreFailed;
-    }
-    item.name_size = Size(name);
-    arena_.append(name);
-    if (kind_ == RecordKind::kValueOrder) {
+        AppendText(record.name, &item.name_size);
+        AppendText(record.class_text, &item.data_size);
+    } else {
+        std::string_view name;
+        if (!ParseValueOrder(bytes, &name))
+            return Status::kStoreFailed;
+        AppendText(name, &item.name_size);
         const Status status = AppendValue(values, name, &item);
         if (status != Status::kSuccess)
             return status;

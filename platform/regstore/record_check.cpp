@@ -92,7 +92,8 @@ bool RecordCheck::VisitKey(const RecordPlace &place, std::string_view bytes) {
     root_seen_ = root_seen_ || root;
     if (!root) {
         largest_id_ = place.id;
-        keys_.push_back({place.id, key_.parent, key_.depth, Hash(key_.name)});
+        keys_.push_back(
+            {place.id, key_.parent, key_.depth, Hash(key_.name), Hash(key_.class_text)});
         ++totals_.keys;
     }
     return true;
@@ -105,8 +106,8 @@ bool RecordCheck::VisitSubKey(const RecordPlace &place, std::string_view bytes) 
         record.name.size() != place.rest.size())
         return false;
     ++sub_keys_;
-    links_.push_back(
-        {record.id, id_, static_cast<std::uint16_t>(key_.depth + 1), Hash(record.name)});
+    links_.push_back({record.id, id_, static_cast<std::uint16_t>(key_.depth + 1), Hash(record.name),
+                      Hash(record.class_text)});
     return true;
 }
 
@@ -149,8 +150,8 @@ bool RecordCheck::FinishKey() {
 bool RecordCheck::TiesAgree() {
     const auto by_id = [](const Tie &left, const Tie &right) { return left.id < right.id; };
     const auto same = [](const Tie &left, const Tie &right) {
-        return std::tie(left.id, left.parent, left.depth, left.name) ==
-               std::tie(right.id, right.parent, right.depth, right.name);
+        return std::tie(left.id, left.parent, left.depth, left.name, left.class_text) ==
+               std::tie(right.id, right.parent, right.depth, right.name, right.class_text);
     };
     std::sort(links_.begin(), links_.end(), by_id);
     return std::equal(keys_.begin(), keys_.end(), links_.begin(), links_.end(), same);

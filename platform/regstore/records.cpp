@@ -130,14 +130,20 @@ void FormatKey(const RecordKey &key, const KeyRecord &record, std::string *bytes
 }
 
 bool ParseSubKey(std::string_view bytes, SubKeyRecord *record) noexcept {
+    std::uint8_t class_size = 0;
     Taker taker(bytes);
-    taker.Take(&record->id);
+    taker.Take(&record->id).Take(&class_size).Take(class_size, &record->class_text);
     record->name = taker.Rest();
     return taker.Good();
 }
 
 void FormatSubKey(const RecordKey &key, const SubKeyRecord &record, std::string *bytes) {
-    Putter(bytes).Put(record.id).Put(record.name).Seal(key);
+    Putter(bytes)
+        .Put(record.id)
+        .Put(static_cast<std::uint8_t>(record.class_text.size()))
+        .Put(record.class_text)
+        .Put(record.name)
+        .Seal(key);
 }
 
 void FormatValue(const RecordKey &key, const ValueRecord &record, std::string *bytes) {

@@ -35,23 +35,21 @@ std::uint32_t Size(std::string_view text) noexcept {
     return static_cast<std::uint32_t>(text.size());
 }
 
-Status MeasureSubKey(const Snapshot &snapshot, std::string_view bytes,
-                     KeyMeasures *measures) noexcept {
-    SubKeyRecord link;
-    KeyRecord record;
-    if (!ParseSubKey(bytes, &link) || FindKeyRecord(snapshot, link.id, &record) != Status::kSuccess)
+Status MeasureSubKey(std::string_view bytes, KeyMeasures *measures) noexcept {
+    SubKeyRecord record;
+    if (!ParseSubKey(bytes, &record))
         return Status::kStoreFailed;
-    measures->sub_key_name = std::max(measures->sub_key_name, Size(link.name));
+    measures->sub_key_name = std::max(measures->sub_key_name, Size(record.name));
     measures->sub_key_class = std::max(measures->sub_key_class, Size(record.class_text));
     return Status::kSuccess;
 }
 
-Status MeasureRecord(const Snapshot &snapshot, const RecordPlace &place, std::string_view bytes,
+Status MeasureRecord(const RecordPlace &place, std::string_view bytes,
                      KeyMeasures *measures) noexcept {
     ValueRecord value;
     switch (place.kind) {
         case RecordKind::kSubKey:
-            return MeasureSubKey(snapshot, bytes, measures);
+            return MeasureSubKey(bytes, measures);
         case RecordKind::kValue:
             if (!ParseValue(bytes, &value))
                 return Status::kStoreFailed;
@@ -142,7 +140,7 @@ Status MeasureKey(const Snapshot &snapshot, KeyId id, KeyMeasures *measures) noe
             return Status::kStoreFailed;
         if (place.id != id || place.kind == RecordKind::kValueOrder)
             break;
-        const Status record_status = MeasureRecord(snapshot, place, bytes, &measured);
+        const Status record_status = MeasureRecord(place, bytes, &measured);
         if (record_status != Status::kSuccess)
             return record_status;
     }

@@ -202,7 +202,7 @@ Status Writer::CreateSubKey(KeyId parent, std::string_view name, std::string_vie
     if (!IsGood(status))
         return Status::kStoreFailed;
     const RecordKey place(parent, RecordKind::kSubKey, name);
-    FormatSubKey(place, {id, name}, &scratch_);
+    FormatSubKey(place, {id, class_text, name}, &scratch_);
     status = Put(place, scratch_);
     if (!IsGood(status))
         return status;

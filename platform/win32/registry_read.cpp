@@ -110,9 +110,8 @@ LONG RegEnumKeyEx(HKEY hKey, DWORD dwIndex, char *lpName, DWORD *lpcchName, DWOR
     const TextBuffer class_text = {lpClass, lpcchClass};
     if (lpName == nullptr || !name.IsSound() || !class_text.IsSound())
         return ERROR_INVALID_PARAMETER;
-    const bool details = lpcchClass != nullptr || lpftLastWriteTime != nullptr;
     return ReadRegistry<ntserver::EnumKeyAnswer>(
-        Operation::kEnumKey, ntserver::EnumKeyRequest{hKey, dwIndex, details},
+        Operation::kEnumKey, ntserver::EnumKeyRequest{hKey, dwIndex, lpftLastWriteTime != nullptr},
         [&](const ntserver::EnumKeyAnswer &answer) {
             return HandOutSubKey(answer, name, class_text, lpftLastWriteTime);
         });

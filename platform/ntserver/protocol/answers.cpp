@@ -11,12 +11,12 @@ Status AnswerTo(const EnumKeyRequest &request, regstore::Reader &reader, EnumKey
     if (status != Status::kSuccess)
         return status;
     answer->name = item.name;
-    if (!request.details)
+    answer->class_text = item.class_text;
+    if (!request.last_write)
         return status;
     regstore::KeyRecord record;
     if (regstore::FindKeyRecord(reader.Current(), item.id, &record) != Status::kSuccess)
         return Status::kStoreFailed;
-    answer->class_text = record.class_text;
     answer->last_write = record.last_write;
     return status;
 }

@@ -296,6 +296,43 @@ std::uint64_t ToNumber(const FILETIME &time) {
     return (std::uint64_t{time.dwHighDateTime} << 32U) | time.dwLowDateTime;
 }
 
+TEST_P(ListingTest, EachSubKeyIsListedWithItsClass) {
+    Run([] {
+        const std::string longest(255, 'c');
+        const std::pair<std::string, std::string> sub_keys[] = {
+            {"A", "one"}, {"B", ""}, {"C", longest}};
+        const HKEY key = CreateKey(kRoot, "CLASSES");
+        for (const auto &[name, class_text] : sub_keys) {
+            HKEY made = 0;
+            ASSERT_EQ(RegCreateKeyEx(key, name.c_str(), 0, class_text.c_str(), 0, KEY_ALL_ACCESS,
+                                     nullptr, &made, nullptr),
+                      ERROR_SUCCESS);
+        }
+        DWORD index = 0;
+        for (const auto &[name, class_text] : sub_keys) {
+            char found_name[16];
+            char found_class[256];
+            DWORD name_size = sizeof found_name;
+            DWORD class_size = sizeof found_class;
+            ASSERT_EQ(RegEnumKeyEx(key, index++, found_name, &name_size, nullptr, found_class,
+                                   &class_size, nullptr),
+                      ERROR_SUCCESS);
+            EXPECT_EQ(found_name, name);
+            EXPECT_EQ(found_class, class_text);
+        }
+        const auto longest_class = [&] {
+            DWORD length = 0;
+            EXPECT_EQ(RegQueryInfoKey(key, nullptr, nullptr, nullptr, nullptr, nullptr, &length,
+                                      nullptr, nullptr, nullptr, nullptr, nullptr),
+                      ERROR_SUCCESS);
+            return length;
+        };
+        EXPECT_EQ(longest_class(), 255U);
+        ASSERT_EQ(RegDeleteKey(key, "C"), ERROR_SUCCESS);
+        EXPECT_EQ(longest_class(), 3U);
+    });
+}
+
 TEST_P(ListingTest, TheTimeOfTheLastChangeMoves) {
     Run([] {
         const HKEY key = CreateKey(kRoot, "TIME");

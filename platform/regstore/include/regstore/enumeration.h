@@ -24,6 +24,7 @@ namespace regstore {
 struct SubKeyItem {
     KeyId id = 0;
     std::string_view name;
+    std::string_view class_text;
 };
 
 struct ValueItem {
@@ -45,7 +46,7 @@ class Enumerator {
         std::uint32_t key_start;  // of the record that lists the item
         std::uint32_t key_size;
         std::uint32_t name_size;  // follows the key
-        std::uint32_t data_size;  // follows the name, when copied
+        std::uint32_t data_size;  // follows the name, when copied; of a sub-key its class
         bool data_copied;
         std::uint32_t type;
         KeyId id;
@@ -56,6 +57,7 @@ class Enumerator {
     Status Fill(const Snapshot &snapshot, std::uint32_t index, std::uint32_t count);
     Status Walk(class Cursor &cursor, std::uint32_t index, std::uint32_t count,
                 std::string_view *key, std::string_view *bytes);
+    void AppendText(std::string_view text, std::uint32_t *size);
     Status Append(class Cursor &values, std::string_view key, std::string_view bytes);
     Status FindNear(class Cursor &cursor, std::string_view wanted, std::string_view *key,
                     std::string_view *bytes) const;

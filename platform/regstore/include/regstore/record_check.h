@@ -28,7 +28,8 @@ class RecordCheck : public RecordVisitor {
         KeyId id;
         KeyId parent;
         std::uint16_t depth;
-        std::uint64_t name;  // hash of the spelled name
+        std::uint64_t name;        // hash of the spelled name
+        std::uint64_t class_text;  // hash
     };
     struct Placed {
         std::uint64_t place;

@@ -5,7 +5,7 @@
 //
 //   kind         adds                        holds
 //   kKey         -                           parent, time, counts, depth, spelled name, class
-//   kSubKey      folded name of a sub-key    the sub-key's id, its spelled name
+//   kSubKey      folded name of a sub-key    the sub-key's id, its class, its spelled name
 //   kValue       folded name of a value      its place in the order, type, data
 //   kValueOrder  place (8 bytes big-endian)  the value's spelled name
 //
@@ -101,8 +101,10 @@ struct KeyRecord {
     std::string_view class_text;
 };
 
+// Class and name stand in the sub-key's own record too: a list of sub-keys reads none of those.
 struct SubKeyRecord {
     KeyId id = 0;
+    std::string_view class_text;
     std::string_view name;
 };
 

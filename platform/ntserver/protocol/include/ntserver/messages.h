@@ -101,9 +101,9 @@ struct NameRequest {
 struct EnumKeyRequest {
     std::uint64_t key = 0;
     std::uint32_t index = 0;
-    bool details = false;  // whether class and time are wanted
+    bool last_write = false;  // whether the time is wanted, which takes a look-up
 
-    static auto Fields(auto &self) { return std::tie(self.key, self.index, self.details); }
+    static auto Fields(auto &self) { return std::tie(self.key, self.index, self.last_write); }
 };
 
 struct EnumKeyAnswer {
