@@ -8,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -94,7 +95,7 @@ class Server {
     }
     void Run() {
         while (true) {
-            const int socket = ::accept(listener_, nullptr, nullptr);
+            const int socket = TEMP_FAILURE_RETRY(::accept(listener_, nullptr, nullptr));
             if (socket < 0)
                 return;
             ntserver::Channel channel{base::UniqueDescriptor(socket)};
