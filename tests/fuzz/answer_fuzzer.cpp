@@ -95,7 +95,8 @@ class Server {
     }
     void Run() {
         while (true) {
-            const int socket = TEMP_FAILURE_RETRY(::accept(listener_, nullptr, nullptr));
+            const auto socket =
+                static_cast<int>(TEMP_FAILURE_RETRY(::accept(listener_, nullptr, nullptr)));
             if (socket < 0)
                 return;
             ntserver::Channel channel{base::UniqueDescriptor(socket)};
