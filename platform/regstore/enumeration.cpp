@@ -12,6 +12,7 @@ namespace {
 constexpr std::uint32_t kMaxReadAhead = 512;
 constexpr std::size_t kMaxCopiedWindow = 32768;
 constexpr std::size_t kMaxCopiedData = 512;
+// How many records the search for a value steps to before it goes down the tree.
 constexpr int kMostSteps = 2;
 
 RecordKind After(RecordKind kind) noexcept {

@@ -1,5 +1,6 @@
 // The customer's data.
 #include <ntwin32/registry.h>
+#include <records/customer_items.h>
 #include <registry/trace.h>
 #include <velox/contract_items.h>
 
@@ -11,10 +12,6 @@
 static constexpr char TRACE_SOURCE[] = "amrset";
 
 namespace {
-
-// What "KAISHAKBN" holds.
-constexpr DWORD STORED_CORPORATE = 1;
-constexpr DWORD STORED_PERSONAL = 99;
 
 constexpr CONTRACT_FIELD USER_FIELDS[] = {
     {VX_REG_USER[1], offsetof(VLX_USER_DATA, szNameKana), VLX_SIZE_TOKUINMA},
@@ -34,15 +31,15 @@ constexpr CONTRACT_FIELD USER_FIELDS[] = {
 constexpr std::size_t WRITTEN_FIELDS = sizeof USER_FIELDS / sizeof USER_FIELDS[0] - 1;
 
 DWORD KindOf(DWORD dwStored) noexcept {
-    return dwStored == STORED_CORPORATE ? VLX_CUSTOMER_CORPORATE : VLX_CUSTOMER_PERSONAL;
+    return dwStored == CUSTOMER_KIND_CORPORATE ? VLX_CUSTOMER_CORPORATE : VLX_CUSTOMER_PERSONAL;
 }
 
 DWORD StoredKind(DWORD dwKind) noexcept {
     switch (dwKind) {
         case VLX_CUSTOMER_PERSONAL:
-            return STORED_PERSONAL;
+            return CUSTOMER_KIND_PERSONAL;
         case VLX_CUSTOMER_CORPORATE:
-            return STORED_CORPORATE;
+            return CUSTOMER_KIND_CORPORATE;
         default:
             return 0;
     }

@@ -1,11 +1,10 @@
 // "veloxctl customer".
+#include <records/customer_items.h>
 #include <registry/keys.h>
 #include <velox/contract.h>
 
 #include "contract/record.h"
-#include "failure.h"
 #include "groups.h"
-#include "registry.h"
 
 namespace veloxctl {
 
@@ -40,18 +39,15 @@ Json Read() {
 }
 
 void PlanKind(const Arguments &arguments, settings::Plan *plan) {
-    constexpr DWORD kStoredCorporate = 1;
-    constexpr DWORD kStoredPersonal = 99;
     if (arguments.Has("kind")) {
         plan->SetNumber(VLX_KEY_SETTING, "KAISHAKBN",
-                        arguments.Get("kind") == "corporate" ? kStoredCorporate : kStoredPersonal);
+                        arguments.Get("kind") == "corporate" ? CUSTOMER_KIND_CORPORATE
+                                                             : CUSTOMER_KIND_PERSONAL);
     }
 }
 
 int RunShow(const Arguments &arguments) {
-    (void)ReadExistingKey(VLX_KEY_SETTING);
-    settings::ShowRecord(arguments, Read());
-    return EX_OK;
+    return contract::Show(arguments, Read);
 }
 
 int RunSet(const Arguments &arguments) {
@@ -90,8 +86,7 @@ constexpr Command kCommands[] = {
      .run = RunShow},
     {.name = "set",
      .summary = "changes the customer's contract data",
-     .description = "Stores what is given and leaves the rest, in one step. A text that does not "
-                    "fit its field, or has no EUC-JP form, is refused before anything is stored.",
+     .description = contract::kSetDescription,
      .options = kSetOptions,
      .run = RunSet},
 };

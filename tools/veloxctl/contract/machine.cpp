@@ -3,9 +3,7 @@
 #include <velox/contract.h>
 
 #include "contract/record.h"
-#include "failure.h"
 #include "groups.h"
-#include "registry.h"
 
 namespace veloxctl {
 
@@ -33,9 +31,7 @@ Json Read() {
 }
 
 int RunShow(const Arguments &arguments) {
-    (void)ReadExistingKey(VLX_KEY_SETTING);
-    settings::ShowRecord(arguments, Read());
-    return EX_OK;
+    return contract::Show(arguments, Read);
 }
 
 int RunSet(const Arguments &arguments) {
@@ -66,8 +62,7 @@ constexpr Command kCommands[] = {
      .run = RunShow},
     {.name = "set",
      .summary = "changes the machine's contract data",
-     .description = "Stores what is given and leaves the rest, in one step. A text that does not "
-                    "fit its field, or has no EUC-JP form, is refused before anything is stored.",
+     .description = contract::kSetDescription,
      .options = kSetOptions,
      .run = RunSet},
 };

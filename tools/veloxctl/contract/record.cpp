@@ -3,6 +3,7 @@
 #include <registry/keys.h>
 
 #include "failure.h"
+#include "registry.h"
 
 namespace veloxctl::contract {
 
@@ -22,6 +23,12 @@ void PlanFields(const Arguments &arguments, std::span<const Field> fields, setti
             plan->SetText(VLX_KEY_SETTING, field.value, text.c_str());
         }
     }
+}
+
+int Show(const Arguments &arguments, Json (*read)()) {
+    (void)ReadExistingKey(VLX_KEY_SETTING);
+    settings::ShowRecord(arguments, read());
+    return EX_OK;
 }
 
 int Store(const Arguments &arguments, const char *name, const settings::Plan &plan,

@@ -32,6 +32,15 @@ Json FieldsOf(const void *record, std::span<const Field> fields);
 // that does not fit or has no EUC-JP form.
 void PlanFields(const Arguments &arguments, std::span<const Field> fields, settings::Plan *plan);
 
+// The description of every "set" here.
+inline constexpr char kSetDescription[] =
+    "Stores what is given and leaves the rest, in one step. A text that does not fit its field, or "
+    "has no EUC-JP form, is refused before anything is stored.";
+
+// Shows what is read. Fails (EX_NOINPUT) without the contract's key, from which the library would
+// read an empty record.
+int Show(const Arguments &arguments, Json (*read)());
+
 // Stores the plan and says what has changed. Fails (EX_USAGE) on an empty plan.
 int Store(const Arguments &arguments, const char *name, const settings::Plan &plan, Json (*read)());
 

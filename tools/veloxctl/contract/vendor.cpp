@@ -5,7 +5,6 @@
 #include "contract/record.h"
 #include "failure.h"
 #include "groups.h"
-#include "registry.h"
 
 namespace veloxctl {
 
@@ -39,9 +38,7 @@ Json Read() {
 }
 
 int RunShow(const Arguments &arguments) {
-    (void)ReadExistingKey(VLX_KEY_SETTING);
-    settings::ShowRecord(arguments, Read());
-    return EX_OK;
+    return contract::Show(arguments, Read);
 }
 
 int RunSet(const Arguments &arguments) {
@@ -80,8 +77,7 @@ constexpr Command kCommands[] = {
      .run = RunShow},
     {.name = "set",
      .summary = "changes the dealer's contract data",
-     .description = "Stores what is given and leaves the rest, in one step. A text that does not "
-                    "fit its field, or has no EUC-JP form, is refused before anything is stored.",
+     .description = contract::kSetDescription,
      .options = kSetOptions,
      .run = RunSet},
 };
