@@ -138,7 +138,7 @@ bool Server::EndLongestResting() {
     }
     if (longest == nullptr)
         return false;
-    longest->session->End();
+    longest->session->EndRest();
     return true;
 }
 

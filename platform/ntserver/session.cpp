@@ -47,6 +47,10 @@ void Session::End() noexcept {
     ::shutdown(channel_.Descriptor(), SHUT_RDWR);
 }
 
+void Session::EndRest() noexcept {
+    ::shutdown(channel_.Descriptor(), SHUT_RD);
+}
+
 void Session::Run() {
     if (!Handshake())
         return;

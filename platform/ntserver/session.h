@@ -34,9 +34,11 @@ class Session {
     void Run();
 
     // From any thread: how long the client has rested, zero while it is being served (who has not
-    // said hello rests); the end of it.
+    // said hello rests); the end of it; its end with what it has sent still answered, so that a
+    // client knows that nothing was done when it can send no more.
     std::chrono::milliseconds Rest() const noexcept;
     void End() noexcept;
+    void EndRest() noexcept;
 
   private:
     bool Handshake();

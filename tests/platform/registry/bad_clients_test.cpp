@@ -301,7 +301,7 @@ TEST(BadClientsTest, ARestingClientComesBack) {
         std::vector<RawClient> crowd;
         for (int i = 0; i < 45; ++i) {
             crowd.emplace_back(server);
-            EXPECT_TRUE(crowd.back().Send(Hello()));
+            (void)crowd.back().Send(Hello());  // in vain, if its place was taken, too
         }
         SetText(key, "V", "written on a new connection");
         EXPECT_TRUE(ReadBytes(key, "V").has_value());
