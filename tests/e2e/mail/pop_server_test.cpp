@@ -39,7 +39,7 @@ TEST_F(RealPopTest, UpgradeWhenOffered) {
     const Dovecot dovecot("monitor", kPassword, &certificate_);
     EXPECT_TRUE(LogIn(TheAccount(Dovecot::kPort)).disconnect) << trace_.AllText() << dovecot.Log();
     EXPECT_TRUE(std::filesystem::exists(dovecot.LogInMark()));
-    EXPECT_THAT(dovecot.Log(), HasSubstr(", TLS,"));
+    EXPECT_THAT(dovecot.LogWith(", TLS,"), HasSubstr(", TLS,"));
     EXPECT_TRUE(trace_.Has(0, "the connection is encrypted"));
     EXPECT_FALSE(trace_.Has(1, "")) << trace_.AllText();
 }
@@ -49,7 +49,7 @@ TEST_F(RealPopTest, TlsFromTheFirstByte) {
     EXPECT_TRUE(LogIn(TheAccount(Dovecot::kTlsPort)).disconnect)
         << trace_.AllText() << dovecot.Log();
     EXPECT_TRUE(std::filesystem::exists(dovecot.LogInMark()));
-    EXPECT_THAT(dovecot.Log(), HasSubstr(", TLS,"));
+    EXPECT_THAT(dovecot.LogWith(", TLS,"), HasSubstr(", TLS,"));
 }
 
 TEST_F(RealPopTest, WrongPassword) {
@@ -75,7 +75,7 @@ TEST_F(RealPopTest, UnknownAccount) {
 TEST_F(RealPopTest, ServerSeesTheLogOut) {
     const Dovecot dovecot("monitor", kPassword, nullptr);
     ASSERT_TRUE(LogIn(TheAccount(Dovecot::kPort)).disconnect) << trace_.AllText();
-    EXPECT_THAT(dovecot.Log(), HasSubstr("Disconnected: Logged out"));
+    EXPECT_THAT(dovecot.LogWith("Disconnected: Logged out"), HasSubstr("Disconnected: Logged out"));
 }
 
 TEST_F(RealPopTest, MailIsTakenOnlyAfterTheLogIn) {

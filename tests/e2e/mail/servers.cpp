@@ -241,3 +241,12 @@ std::string Dovecot::Log() const {
     return test_support::ReadWholeFile(folder_ / "output") +
            test_support::ReadWholeFile(folder_ / "log");
 }
+
+std::string Dovecot::LogWith(const std::string &text) const {
+    std::string log;
+    (void)WaitFor([&] {
+        log = Log();
+        return log.find(text) != std::string::npos;
+    });
+    return log;
+}

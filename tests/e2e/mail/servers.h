@@ -62,6 +62,9 @@ class Dovecot {
 
     std::string LogInMark() const { return folder_ / "logged-in"; }
     std::string Log() const;
+    // The log once it tells this, or as it is when it does not in time: the server writes it beside
+    // what it answers.
+    std::string LogWith(const std::string &text) const;
 
   private:
     std::string Configuration(const mail_support::Certificate *certificate) const;
