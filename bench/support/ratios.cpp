@@ -8,7 +8,6 @@ namespace bench {
 
 namespace {
 
-constexpr char kRepetitions[] = "--benchmark_repetitions=5";
 constexpr char kInterleaving[] = "--benchmark_enable_random_interleaving=true";
 
 // Keeps each repetition's time, in seconds, and shows the aggregates alone. (The library's option
@@ -75,9 +74,10 @@ void Print(const Ratio &ratio, Collector &collector) {
 
 }  // namespace
 
-int Run(int argc, char **argv, const std::vector<Ratio> &ratios) {
+int Run(int argc, char **argv, const std::vector<Ratio> &ratios, int repetitions) {
+    const std::string repetitions_option = "--benchmark_repetitions=" + std::to_string(repetitions);
     std::vector<char *> arguments(argv, argv + argc);
-    for (const char *option : {kRepetitions, kInterleaving}) {
+    for (const char *option : {repetitions_option.c_str(), kInterleaving}) {
         arguments.insert(arguments.begin() + 1, const_cast<char *>(option));
     }
     int count = static_cast<int>(arguments.size());

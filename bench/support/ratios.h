@@ -24,9 +24,11 @@ struct Ratio {
     std::string denominator_base = {};
 };
 
-// Runs every registered benchmark in interleaved repetitions and prints the ratios. Always gives 0:
-// a ratio beyond its goal is marked, never asserted.
-int Run(int argc, char **argv, const std::vector<Ratio> &ratios);
+inline constexpr int kRepetitions = 5;
+
+// Runs every registered benchmark in so many interleaved repetitions and prints the ratios of the
+// medians. Always gives 0: a ratio beyond its goal is marked, never asserted.
+int Run(int argc, char **argv, const std::vector<Ratio> &ratios, int repetitions = kRepetitions);
 
 }  // namespace bench
 

@@ -56,7 +56,7 @@ inline void FillRegistry(long values) {
 class BareStore {
   public:
     static constexpr std::size_t kMapSize = std::size_t{4} << 30;
-    static constexpr std::size_t kRecordHeader = 20;  // what a value's record holds beside its data
+    static constexpr std::size_t kRecordHeader = 7;  // what a value's record holds beside its data
 
     BareStore() {
         Check(mdb_env_create(&environment_));

@@ -3,17 +3,28 @@
 #include <algorithm>
 
 #include "cursor.h"
+#include "page.h"
 
 namespace regstore {
 
 namespace {
 
 // How far a window goes: items, and bytes of their copies.
-constexpr std::uint32_t kMaxReadAhead = 512;
-constexpr std::size_t kMaxCopiedWindow = 32768;
-constexpr std::size_t kMaxCopiedData = 512;
-// How many records the search for a value steps to before it goes down the tree.
-constexpr int kMostSteps = 2;
+constexpr std::uint32_t kMaxReadAhead = 256;
+constexpr std::size_t kMaxCopiedWindow = 16384;
+
+// Where LMDB's pages begin on this machine matters for speed alone.
+constexpr std::uintptr_t kPageSize = 4096;
+constexpr std::size_t kCacheLine = 64;
+
+std::uintptr_t PageOf(std::string_view bytes) noexcept {
+    return reinterpret_cast<std::uintptr_t>(bytes.data()) / kPageSize;
+}
+
+void PrefetchLines(std::string_view bytes) noexcept {
+    for (std::size_t line = 0; line < bytes.size(); line += kCacheLine)
+        __builtin_prefetch(bytes.data() + line);
+}
 
 RecordKind After(RecordKind kind) noexcept {
     return static_cast<RecordKind>(static_cast<unsigned char>(kind) + 1);
@@ -21,14 +32,6 @@ RecordKind After(RecordKind kind) noexcept {
 
 std::uint32_t Size(std::string_view text) noexcept {
     return static_cast<std::uint32_t>(text.size());
-}
-
-// Goes on from a cursor's position, unless it was not reached.
-Status Step(Cursor &cursor, Status status, bool backwards, std::uint32_t steps,
-            std::string_view *key, std::string_view *bytes) {
-    for (; steps > 0 && status == Status::kSuccess; --steps)
-        status = backwards ? cursor.Previous(key, bytes) : cursor.Next(key, bytes);
-    return status;
 }
 
 }  // namespace
@@ -39,22 +42,20 @@ Status Enumerator::SubKeyAt(const Snapshot &snapshot, KeyId id, std::uint32_t in
     if (status != Status::kSuccess)
         return status;
     const Item &found = window_[index - first_];
-    const std::uint32_t name_start = found.key_start + found.key_size;
-    *item = {found.id, Text(name_start, found.name_size),
-             Text(name_start + found.name_size, found.data_size)};
+    *item = {found.id, Text(found.name_start, found.name_size),
+             Text(found.data_start, found.data_size)};
     return Status::kSuccess;
 }
 
 Status Enumerator::ValueAt(const Snapshot &snapshot, KeyId id, std::uint32_t index,
                            ValueItem *item) {
-    Status status = Load(snapshot, RecordKind::kValueOrder, id, index);
+    Status status = Load(snapshot, RecordKind::kValueList, id, index);
     if (status != Status::kSuccess)
         return status;
     const Item &found = window_[index - first_];
-    const std::uint32_t name_start = found.key_start + found.key_size;
-    const std::string_view name = Text(name_start, found.name_size);
-    if (found.data_copied) {
-        *item = {name, found.type, Text(name_start + found.name_size, found.data_size)};
+    const std::string_view name = Text(found.name_start, found.name_size);
+    if (found.has_data) {
+        *item = {name, found.type, Text(found.data_start, found.data_size)};
         return Status::kSuccess;
     }
     ValueRecord value;
@@ -96,119 +97,176 @@ Status Enumerator::Load(const Snapshot &snapshot, RecordKind kind, KeyId id, std
     return status == Status::kNotFound ? Status::kStoreFailed : status;
 }
 
-// Replaces the window by one that begins with the item.
+// Replaces the window by one that has the item: whole records, the first of which lists it.
 Status Enumerator::Fill(const Snapshot &snapshot, std::uint32_t index, std::uint32_t count) {
     Cursor cursor(snapshot);
-    Cursor values(snapshot);
-    std::string_view key;
-    std::string_view bytes;
-    Status status = Walk(cursor, index, count, &key, &bytes);
+    Position position;
+    Status status = Begin(cursor, index, count, &position);
+    if (status == Status::kSuccess)
+        status = Walk(cursor, index, &position);
     window_.clear();
     arena_.clear();
-    first_ = index;
-    const std::uint32_t wanted = std::min(read_ahead_, count - index);
+    if (status != Status::kSuccess)
+        return status;
+    first_ = position.first;
+    front_ = {std::string(position.key), position.first};
+    const std::uint32_t end = std::min(index + read_ahead_, count);
+    while (status == Status::kSuccess && position.first < end && arena_.size() < kMaxCopiedWindow) {
+        status = Gather(cursor, end, count, &position);
+        // What a listing reads next comes into the cache while this is copied, or handed out.
+        if (status == Status::kSuccess && position.first < count && read_ahead_ > 1)
+            Prefetch(position);
+        if (status == Status::kSuccess)
+            status = AppendGathered();
+        if (status == Status::kSuccess && position.first < end)
+            status = Count(&position);
+    }
+    back_ = {std::string(gathered_.back().key), gathered_.back().first};
+    return status;
+}
+
+// Takes what is copied in one go into `gathered_`: a part of a list of values, or the sub-keys on
+// the cursor's page as far as they are wanted. Goes on to the record behind, if there is one,
+// without a look at its bytes.
+Status Enumerator::Gather(Cursor &cursor, std::uint32_t end, std::uint32_t count,
+                          Position *position) {
+    const std::uintptr_t page = PageOf(position->key);
+    gathered_.clear();
+    for (;;) {
+        gathered_.push_back(*position);
+        position->first += position->count;
+        if (position->first >= count)
+            return Status::kSuccess;
+        const Status status = cursor.Next(&position->key, &position->bytes);
+        if (status != Status::kSuccess || kind_ == RecordKind::kValueList ||
+            position->first >= end || PageOf(position->key) != page)
+            return status;
+    }
+}
+
+// Fetches a part of a list, or what is used of the page on which sub-keys stand.
+void Enumerator::Prefetch(const Position &position) const {
+    if (kind_ == RecordKind::kValueList) {
+        PrefetchLines(position.bytes);
+        return;
+    }
+    const char *const begin = position.key.data();
+    const std::string_view page(begin - reinterpret_cast<std::uintptr_t>(begin) % kPageSize,
+                                kPageSize);
+    PrefetchLines(page.substr(0, PageLower(page)));
+    PrefetchLines(page.substr(std::min<std::size_t>(PageUpper(page), kPageSize)));
+}
+
+// Takes the cursor to the record nearest to the item whose number is known: the last window's front
+// or back, the key's first or last record.
+Status Enumerator::Begin(Cursor &cursor, std::uint32_t index, std::uint32_t count,
+                         Position *position) const {
+    const auto distance = [index](const Listing &listing) {
+        return listing.first > index ? listing.first - index : index - listing.first;
+    };
+    const Listing &near = distance(back_) <= distance(front_) ? back_ : front_;
+    const std::uint32_t from_end = count - 1 - index;
+    Status status = Status::kSuccess;
+    if (!window_.empty() && distance(near) <= std::min(index, from_end)) {
+        status = cursor.Find(near.key, &position->key, &position->bytes);
+        position->first = near.first;
+    } else if (index <= from_end) {
+        status = cursor.Seek(RecordKey(id_, kind_).View(), &position->key, &position->bytes);
+        position->first = 0;
+    } else {
+        status = cursor.Seek(RecordKey(id_, After(kind_)).View(), &position->key, &position->bytes);
+        status = status == Status::kNotFound ? cursor.Last(&position->key, &position->bytes)
+                                             : cursor.Previous(&position->key, &position->bytes);
+        if (status == Status::kSuccess)
+            status = Count(position);
+        position->first = count - position->count;
+    }
+    return status == Status::kSuccess ? Count(position) : status;
+}
+
+// Goes on from record to record to the one that lists the item.
+Status Enumerator::Walk(Cursor &cursor, std::uint32_t index, Position *position) const {
+    Status status = Status::kSuccess;
     while (status == Status::kSuccess) {
-        status = Append(values, key, bytes);
-        if (status != Status::kSuccess || window_.size() == wanted ||
-            arena_.size() >= kMaxCopiedWindow)
+        if (index < position->first) {
+            status = cursor.Previous(&position->key, &position->bytes);
+            if (status == Status::kSuccess)
+                status = Count(position);
+            position->first -= position->count;
+        } else if (index - position->first >= position->count) {
+            position->first += position->count;
+            status = cursor.Next(&position->key, &position->bytes);
+            if (status == Status::kSuccess)
+                status = Count(position);
+        } else {
             break;
-        status = cursor.Next(&key, &bytes);
+        }
     }
     return status;
 }
 
-// Takes the cursor to the item from the nearest place that is known: the last window, the first or
-// the last item.
-Status Enumerator::Walk(Cursor &cursor, std::uint32_t index, std::uint32_t count,
-                        std::string_view *key, std::string_view *bytes) {
-    const auto size = static_cast<std::uint32_t>(window_.size());
-    const std::uint32_t near =
-        size == 0 ? 0 : std::clamp(index, first_, first_ + size - 1);  // within the window
-    const std::uint32_t from_window = near > index ? near - index : index - near;
-    const std::uint32_t from_end = count - 1 - index;
-    if (size != 0 && from_window <= std::min(index, from_end)) {
-        const Item &item = window_[near - first_];
-        const Status status = cursor.Find(Text(item.key_start, item.key_size), key, bytes);
-        return Step(cursor, status, near > index, from_window, key, bytes);
-    }
-    if (index <= from_end) {
-        const Status status = cursor.Seek(RecordKey(id_, kind_).View(), key, bytes);
-        return Step(cursor, status, false, index, key, bytes);
-    }
-    Status status = cursor.Seek(RecordKey(id_, After(kind_)).View(), key, bytes);
-    status = status == Status::kNotFound ? cursor.Last(key, bytes) : cursor.Previous(key, bytes);
-    return Step(cursor, status, true, from_end, key, bytes);
-}
-
-void Enumerator::AppendText(std::string_view text, std::uint32_t *size) {
-    *size = Size(text);
-    arena_.append(text);
-}
-
-// Copies one item to the end of the window.
-Status Enumerator::Append(Cursor &values, std::string_view key, std::string_view bytes) {
+// How many items the record lists; kStoreFailed for one that lists none of this key.
+Status Enumerator::Count(Position *position) const {
     RecordPlace place;
-    if (!ParseRecordKey(key, &place) || place.id != id_ || place.kind != kind_)
+    position->count = 0;
+    if (!ParseRecordKey(position->key, &place) || place.id != id_ || place.kind != kind_)
+        return Status::kStoreFailed;
+    position->count = kind_ == RecordKind::kSubKey ? 1 : ListPart(0, position->bytes).Count();
+    return position->count == 0 ? Status::kStoreFailed : Status::kSuccess;
+}
+
+// The texts of the values are those of the part, which is copied whole: one stretch of bytes comes
+// into the cache faster than pieces of it, each of which tells where the next one is.
+Status Enumerator::AppendValues(std::string_view bytes) {
+    const std::size_t start = arena_.size();
+    arena_.append(bytes);
+    ListPart part(0, std::string_view(arena_).substr(start));
+    for (ListedValue value; part.Next(&value);) {
+        if (value.name.size() > kMaxName)
+            return Status::kStoreFailed;
+        Item item = {};
+        item.name_start = Start(value.name);
+        item.name_size = Size(value.name);
+        item.has_data = value.has_data;
+        item.type = value.type;
+        item.data_start = value.has_data ? Start(value.data) : 0;
+        item.data_size = Size(value.data);
+        window_.push_back(item);
+    }
+    return part.IsFinished() ? Status::kSuccess : Status::kStoreFailed;
+}
+
+// Copies the items of the gathered records to the end of the window.
+Status Enumerator::AppendGathered() {
+    Status status = Status::kSuccess;
+    for (const Position &position : gathered_) {
+        if (status == Status::kSuccess)
+            status = Append(position);
+    }
+    return status;
+}
+
+Status Enumerator::Append(const Position &position) {
+    RecordPlace place;
+    if (!ParseRecordKey(position.key, &place) || place.id != id_ || place.kind != kind_)
+        return Status::kStoreFailed;
+    return kind_ == RecordKind::kSubKey ? AppendSubKey(place.rest, position.bytes)
+                                        : AppendValues(position.bytes);
+}
+
+Status Enumerator::AppendSubKey(std::string_view folded_name, std::string_view bytes) {
+    SubKeyRecord record;
+    if (!ParseSubKey(bytes, &record))
         return Status::kStoreFailed;
     Item item = {};
-    item.key_start = Size(arena_);
-    item.key_size = Size(key);
-    arena_.append(key);
-    if (kind_ == RecordKind::kSubKey) {
-        SubKeyRecord record;
-        if (!ParseSubKey(bytes, &record))
-            return Status::kStoreFailed;
-        item.id = record.id;
-        AppendText(record.name, &item.name_size);
-        AppendText(record.class_text, &item.data_size);
-    } else {
-        std::string_view name;
-        if (!ParseValueOrder(bytes, &name))
-            return Status::kStoreFailed;
-        AppendText(name, &item.name_size);
-        const Status status = AppendValue(values, name, &item);
-        if (status != Status::kSuccess)
-            return status;
-    }
+    item.id = record.id;
+    item.name_start = Size(arena_);
+    item.name_size = Size(folded_name);
+    AppendSpelledName(folded_name, record.small_letters, &arena_);
+    item.data_start = Size(arena_);
+    item.data_size = Size(record.class_text);
+    arena_.append(record.class_text);
     window_.push_back(item);
-    return Status::kSuccess;
-}
-
-// Takes the cursor to the record with this key. Values that were created in the order of their
-// names, or with counted names, lie side by side or with another one between them: a step costs a
-// fraction of a search.
-Status Enumerator::FindNear(Cursor &cursor, std::string_view wanted, std::string_view *key,
-                            std::string_view *bytes) const {
-    Status status = window_.empty() ? Status::kNotFound : Status::kSuccess;
-    for (int steps = 0; steps < kMostSteps && status == Status::kSuccess; ++steps) {
-        status = cursor.Next(key, bytes);
-        const int order = status == Status::kSuccess ? key->compare(wanted) : 1;
-        if (order == 0)
-            return Status::kSuccess;
-        if (order > 0)
-            break;
-    }
-    return cursor.Find(wanted, key, bytes);
-}
-
-// Type and data of a value.
-Status Enumerator::AppendValue(Cursor &values, std::string_view name, Item *item) {
-    if (name.size() > kMaxName)
-        return Status::kStoreFailed;
-    std::string_view key;
-    std::string_view bytes;
-    ValueRecord value;
-    const RecordKey wanted(id_, RecordKind::kValue, name);
-    const Status status = FindNear(values, wanted.View(), &key, &bytes);
-    if (status != Status::kSuccess)
-        return status;
-    if (!ParseValue(bytes, &value))
-        return Status::kStoreFailed;
-    item->type = value.type;
-    item->data_size = Size(value.data);
-    item->data_copied = value.data.size() <= kMaxCopiedData;
-    if (item->data_copied)
-        arena_.append(value.data);
     return Status::kSuccess;
 }
 

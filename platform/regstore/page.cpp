@@ -30,8 +30,8 @@ bool Page::Read(int descriptor, std::uint64_t number) noexcept {
 
 bool Page::ParseNodes(std::vector<Node> *nodes) const {
     const std::string_view bytes = Bytes();
-    const std::uint32_t lower = NumberAt<std::uint16_t>(bytes, 12);
-    const std::uint32_t upper = NumberAt<std::uint16_t>(bytes, 14);
+    const std::uint32_t lower = PageLower(bytes);
+    const std::uint32_t upper = PageUpper(bytes);
     if (lower < kPageHeaderSize || lower % 2 != 0 || lower > upper || upper > bytes.size())
         return false;
     nodes->clear();

@@ -24,6 +24,15 @@ Number NumberAt(std::string_view bytes, std::size_t offset) noexcept {
     return number;
 }
 
+// Where the entries of a branch or leaf page are: their offsets end at `lower`, they begin at
+// `upper` and reach to the end of the page.
+inline std::uint16_t PageLower(std::string_view page) noexcept {
+    return NumberAt<std::uint16_t>(page, 12);
+}
+inline std::uint16_t PageUpper(std::string_view page) noexcept {
+    return NumberAt<std::uint16_t>(page, 14);
+}
+
 // One entry of a branch or leaf page.
 struct Node {
     std::string_view key;

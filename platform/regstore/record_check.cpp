@@ -5,13 +5,14 @@
 #include <cstdio>
 
 #include "hash.h"
+#include "regstore/value_list.h"
 
 namespace regstore {
 
 namespace {
 
 std::string Describe(const RecordPlace &place, const char *fault) {
-    static constexpr const char *kKinds[] = {"key", "sub-key", "value", "order of values"};
+    static constexpr const char *kKinds[] = {"key", "sub-key", "value", "list of values"};
     char text[160];
     std::snprintf(text, sizeof text, "key %" PRIu64 ": record of kind \"%s\" %s", place.id,
                   kKinds[static_cast<std::size_t>(place.kind)], fault);
@@ -24,12 +25,21 @@ std::uint64_t HashFolded(std::string_view name) noexcept {
     return Hash({reinterpret_cast<const char *>(folded), name.size()});
 }
 
+// What value and list must say alike.
+std::uint64_t HashListed(const ListedValue &value) noexcept {
+    return value.has_data ? Hash(value.data, value.type) : 0;
+}
+
 }  // namespace
 
 bool RecordCheck::Visit(std::string_view key, std::string_view bytes, std::string *damage) {
     RecordPlace place;
     if (!ParseRecordKey(key, &place)) {
         *damage = "a record's key has no known form";
+        return false;
+    }
+    if (!store_seen_ && place.id != kStoreRecord) {
+        *damage = "its first record is not the store's own: damaged, or made by another version";
         return false;
     }
     if (!ChecksumHolds(key, bytes)) {
@@ -39,8 +49,9 @@ bool RecordCheck::Visit(std::string_view key, std::string_view bytes, std::strin
     bool good = false;
     switch (place.kind) {
         case RecordKind::kKey:
-            good = FinishKey() &&
-                   (place.id == kStoreRecord ? VisitStore(place, bytes) : VisitKey(place, bytes));
+            if (place.id == kStoreRecord)
+                return VisitStore(bytes, damage);
+            good = FinishKey() && VisitKey(place, bytes);
             break;
         case RecordKind::kSubKey:
             good = VisitSubKey(place, bytes);
@@ -49,7 +60,7 @@ bool RecordCheck::Visit(std::string_view key, std::string_view bytes, std::strin
             good = VisitValue(place, bytes);
             break;
         default:
-            good = VisitOrder(place, bytes);
+            good = VisitList(place, bytes);
             break;
     }
     if (!good)
@@ -58,8 +69,8 @@ bool RecordCheck::Visit(std::string_view key, std::string_view bytes, std::strin
 }
 
 bool RecordCheck::Finish(std::string *damage) {
-    if (!FinishKey() || !store_seen_ || !root_seen_) {
-        *damage = "the store's last records are missing";
+    if (!FinishKey() || !root_seen_) {
+        *damage = "records of its last key are missing";
         return false;
     }
     if (largest_id_ >= store_.next_id) {
@@ -73,10 +84,16 @@ bool RecordCheck::Finish(std::string *damage) {
     return true;
 }
 
-bool RecordCheck::VisitStore(const RecordPlace &, std::string_view bytes) {
-    store_seen_ = true;
-    return ParseStore(bytes, &store_) && store_.format == kFormatVersion &&
-           store_.next_id >= kFirstKey && store_.next_id != kStoreRecord;
+bool RecordCheck::VisitStore(std::string_view bytes, std::string *damage) {
+    store_seen_ = ParseStore(bytes, &store_);
+    if (store_seen_ && store_.format != kFormatVersion)
+        *damage = "it has format " + std::to_string(store_.format) + ", this version keeps " +
+                  std::to_string(kFormatVersion);
+    else if (!store_seen_ || store_.next_id < kFirstKey)
+        *damage = "its own record says nothing that can be";
+    else
+        return true;
+    return false;
 }
 
 bool RecordCheck::VisitKey(const RecordPlace &place, std::string_view bytes) {
@@ -101,12 +118,18 @@ bool RecordCheck::VisitKey(const RecordPlace &place, std::string_view bytes) {
 
 bool RecordCheck::VisitSubKey(const RecordPlace &place, std::string_view bytes) {
     SubKeyRecord record;
-    if (!key_open_ || place.id != id_ || !ParseSubKey(bytes, &record) ||
-        HashFolded(record.name.substr(0, kMaxName)) != Hash(place.rest) ||
-        record.name.size() != place.rest.size())
+    if (!key_open_ || place.id != id_ || !ParseSubKey(bytes, &record))
+        return false;
+    std::string name;
+    AppendSpelledName(place.rest, record.small_letters, &name);
+    // The one way to write this record: no bit of another meaning.
+    std::string same;
+    FormatSubKey(RecordKey(id_, RecordKind::kSubKey, name), record.id, record.class_text, name,
+                 &same);
+    if (same != bytes)
         return false;
     ++sub_keys_;
-    links_.push_back({record.id, id_, static_cast<std::uint16_t>(key_.depth + 1), Hash(record.name),
+    links_.push_back({record.id, id_, static_cast<std::uint16_t>(key_.depth + 1), Hash(name),
                       Hash(record.class_text)});
     return true;
 }
@@ -116,32 +139,37 @@ bool RecordCheck::VisitValue(const RecordPlace &place, std::string_view bytes) {
     if (!key_open_ || place.id != id_ || !IsName(place.rest) || !ParseValue(bytes, &record) ||
         record.data.size() > kMaxData || record.place >= key_.next_place)
         return false;
-    values_.push_back({record.place, Hash(place.rest)});
+    const ListedValue listed = Listed(record.place, place.rest, record.type, record.data);
+    values_.push_back({record.place, Hash(place.rest), HashListed(listed)});
     ++totals_.values;
     return true;
 }
 
-bool RecordCheck::VisitOrder(const RecordPlace &place, std::string_view bytes) {
-    std::string_view name;
-    if (!key_open_ || place.id != id_ || !ParseValueOrder(bytes, &name) || !IsName(name))
+bool RecordCheck::VisitList(const RecordPlace &place, std::string_view bytes) {
+    if (!key_open_ || place.id != id_)
         return false;
-    order_.push_back({LoadBigEndian(place.rest), HashFolded(name)});
-    return true;
+    ListPart part(LoadBigEndian(place.rest), bytes);
+    if (part.Count() == 0)
+        return false;
+    for (ListedValue value; part.Next(&value);) {
+        if (!IsName(value.name) || (!list_.empty() && value.place <= list_.back().place))
+            return false;
+        list_.push_back({value.place, HashFolded(value.name), HashListed(value)});
+    }
+    return part.IsFinished();
 }
 
 // All records of one key have been seen.
 bool RecordCheck::FinishKey() {
-    if (store_seen_)
-        return !key_open_;
     if (!key_open_)
         return true;
     key_open_ = false;
     std::sort(values_.begin(), values_.end());
     const bool good =
-        sub_keys_ == key_.sub_keys && values_.size() == key_.values && values_ == order_;
+        sub_keys_ == key_.sub_keys && values_.size() == key_.values && values_ == list_;
     sub_keys_ = 0;
     values_.clear();
-    order_.clear();
+    list_.clear();
     return good;
 }
 

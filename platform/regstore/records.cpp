@@ -8,17 +8,22 @@ namespace {
 
 constexpr std::string_view kMagic = "KESREG\r\n";
 
-std::uint64_t Checksum(std::string_view key, std::string_view content) noexcept {
-    return Hash(content, Hash(key));
+std::uint32_t Checksum(std::string_view key, std::string_view content) noexcept {
+    return static_cast<std::uint32_t>(Hash(content, Hash(key)));
 }
 
-// Takes fixed-width numbers and texts from the front of a record.
+// Takes numbers and texts from the front of a record.
 class Taker {
   public:
     explicit Taker(std::string_view bytes) noexcept : rest_(bytes) { Skip(kChecksumSize); }
 
     template <typename Number>
     Taker &Take(Number *number) noexcept {
+        good_ = good_ && TakeNumber(&rest_, number);
+        return *this;
+    }
+    template <typename Number>
+    Taker &TakeFixed(Number *number) noexcept {
         if (rest_.size() >= sizeof *number)
             std::memcpy(number, rest_.data(), sizeof *number);
         Skip(sizeof *number);
@@ -48,24 +53,42 @@ class Putter {
   public:
     explicit Putter(std::string *bytes) : bytes_(*bytes) { bytes_.assign(kChecksumSize, '\0'); }
 
-    template <typename Number>
-    Putter &Put(Number number) {
+    Putter &Put(std::uint64_t number) {
+        AppendNumber(number, &bytes_);
+        return *this;
+    }
+    Putter &PutFixed(std::uint64_t number) {
         bytes_.append(reinterpret_cast<const char *>(&number), sizeof number);
+        return *this;
+    }
+    // The size, below 256, of a text that follows somewhere.
+    Putter &PutSize(std::string_view text) {
+        bytes_.push_back(static_cast<char>(text.size()));
         return *this;
     }
     Putter &Put(std::string_view text) {
         bytes_.append(text);
         return *this;
     }
-    void Seal(const RecordKey &key) {
-        const std::uint64_t checksum =
-            Checksum(key.View(), std::string_view(bytes_).substr(kChecksumSize));
-        std::memcpy(bytes_.data(), &checksum, sizeof checksum);
-    }
+    void Seal(const RecordKey &key) { regstore::Seal(key, &bytes_); }
 
   private:
     std::string &bytes_;
 };
+
+constexpr unsigned kBitsAByte = 8;
+
+void AppendSmallLetters(std::string_view name, std::string *bytes) {
+    const std::size_t start = bytes->size();
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (FoldCharacter(name[i]) == name[i])
+            continue;
+        bytes->resize(std::max(bytes->size(), start + i / kBitsAByte + 1), '\0');
+        auto bits = static_cast<unsigned char>((*bytes)[start + i / kBitsAByte]);
+        bits = static_cast<unsigned char>(bits | 1U << i % kBitsAByte);
+        (*bytes)[start + i / kBitsAByte] = static_cast<char>(bits);
+    }
+}
 
 }  // namespace
 
@@ -88,7 +111,7 @@ bool ParseRecordKey(std::string_view key, RecordPlace *place) noexcept {
             return !place->rest.empty();
         case RecordKind::kValue:
             return true;
-        case RecordKind::kValueOrder:
+        case RecordKind::kValueList:
             return place->rest.size() == sizeof(std::uint64_t);
         default:
             return false;
@@ -100,14 +123,14 @@ bool ParseKey(std::string_view bytes, KeyRecord *record) noexcept {
     std::uint8_t class_size = 0;
     return Taker(bytes)
         .Take(&record->parent)
-        .Take(&record->last_write)
+        .TakeFixed(&record->last_write)
         .Take(&record->next_place)
         .Take(&record->shape)
         .Take(&record->sub_keys)
         .Take(&record->values)
         .Take(&record->depth)
-        .Take(&name_size)
-        .Take(&class_size)
+        .TakeFixed(&name_size)
+        .TakeFixed(&class_size)
         .Take(name_size, &record->name)
         .Take(class_size, &record->class_text)
         .GoodAndEmpty();
@@ -116,14 +139,14 @@ bool ParseKey(std::string_view bytes, KeyRecord *record) noexcept {
 void FormatKey(const RecordKey &key, const KeyRecord &record, std::string *bytes) {
     Putter(bytes)
         .Put(record.parent)
-        .Put(record.last_write)
+        .PutFixed(record.last_write)
         .Put(record.next_place)
         .Put(record.shape)
         .Put(record.sub_keys)
         .Put(record.values)
         .Put(record.depth)
-        .Put(static_cast<std::uint8_t>(record.name.size()))
-        .Put(static_cast<std::uint8_t>(record.class_text.size()))
+        .PutSize(record.name)
+        .PutSize(record.class_text)
         .Put(record.name)
         .Put(record.class_text)
         .Seal(key);
@@ -132,52 +155,60 @@ void FormatKey(const RecordKey &key, const KeyRecord &record, std::string *bytes
 bool ParseSubKey(std::string_view bytes, SubKeyRecord *record) noexcept {
     std::uint8_t class_size = 0;
     Taker taker(bytes);
-    taker.Take(&record->id).Take(&class_size).Take(class_size, &record->class_text);
-    record->name = taker.Rest();
+    taker.Take(&record->id).TakeFixed(&class_size).Take(class_size, &record->class_text);
+    record->id += kFirstKey;
+    record->small_letters = taker.Rest();
     return taker.Good();
 }
 
-void FormatSubKey(const RecordKey &key, const SubKeyRecord &record, std::string *bytes) {
-    Putter(bytes)
-        .Put(record.id)
-        .Put(static_cast<std::uint8_t>(record.class_text.size()))
-        .Put(record.class_text)
-        .Put(record.name)
-        .Seal(key);
+void FormatSubKey(const RecordKey &key, KeyId id, std::string_view class_text,
+                  std::string_view name, std::string *bytes) {
+    Putter putter(bytes);
+    putter.Put(id - kFirstKey).PutSize(class_text).Put(class_text);
+    AppendSmallLetters(name, bytes);
+    putter.Seal(key);
+}
+
+void AppendSpelledName(std::string_view folded, std::string_view small_letters, std::string *text) {
+    const std::size_t start = text->size();
+    text->append(folded);
+    for (std::size_t byte = 0; byte < small_letters.size(); ++byte) {
+        auto bits = static_cast<unsigned char>(small_letters[byte]);
+        for (std::size_t i = byte * kBitsAByte; bits != 0 && i < folded.size(); ++i, bits >>= 1U) {
+            if ((bits & 1U) != 0)
+                (*text)[start + i] = static_cast<char>((*text)[start + i] + ('a' - 'A'));
+        }
+    }
 }
 
 void FormatValue(const RecordKey &key, const ValueRecord &record, std::string *bytes) {
     Putter(bytes).Put(record.place).Put(record.type).Put(record.data).Seal(key);
 }
 
-bool ParseValueOrder(std::string_view bytes, std::string_view *name) noexcept {
-    const Taker taker(bytes);
-    *name = taker.Rest();
-    return taker.Good();
-}
-
-void FormatValueOrder(const RecordKey &key, std::string_view name, std::string *bytes) {
-    Putter(bytes).Put(name).Seal(key);
-}
-
 bool ParseStore(std::string_view bytes, StoreRecord *record) noexcept {
     std::string_view magic;
     return Taker(bytes)
                .Take(kMagic.size(), &magic)
-               .Take(&record->format)
-               .Take(&record->next_id)
+               .TakeFixed(&record->format)
+               .TakeFixed(&record->next_id)
                .GoodAndEmpty() &&
            magic == kMagic;
 }
 
 void FormatStore(const RecordKey &key, const StoreRecord &record, std::string *bytes) {
-    Putter(bytes).Put(kMagic).Put(record.format).Put(record.next_id).Seal(key);
+    Putter(bytes).Put(kMagic).PutFixed(record.format).PutFixed(record.next_id).Seal(key);
+}
+
+void Seal(const RecordKey &key, std::string *bytes) noexcept {
+    const std::uint32_t checksum =
+        Checksum(key.View(), std::string_view(*bytes).substr(kChecksumSize));
+    std::memcpy(bytes->data(), &checksum, sizeof checksum);
 }
 
 bool ChecksumHolds(std::string_view key, std::string_view bytes) noexcept {
     if (bytes.size() < kChecksumSize)
         return false;
-    std::uint64_t stored = 0;
+    std::uint32_t stored = 0;
     std::memcpy(&stored, bytes.data(), sizeof stored);
     return stored == Checksum(key, bytes.substr(kChecksumSize));
 }

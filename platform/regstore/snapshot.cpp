@@ -35,11 +35,12 @@ std::uint32_t Size(std::string_view text) noexcept {
     return static_cast<std::uint32_t>(text.size());
 }
 
-Status MeasureSubKey(std::string_view bytes, KeyMeasures *measures) noexcept {
+Status MeasureSubKey(std::string_view name, std::string_view bytes,
+                     KeyMeasures *measures) noexcept {
     SubKeyRecord record;
     if (!ParseSubKey(bytes, &record))
         return Status::kStoreFailed;
-    measures->sub_key_name = std::max(measures->sub_key_name, Size(record.name));
+    measures->sub_key_name = std::max(measures->sub_key_name, Size(name));
     measures->sub_key_class = std::max(measures->sub_key_class, Size(record.class_text));
     return Status::kSuccess;
 }
@@ -49,7 +50,7 @@ Status MeasureRecord(const RecordPlace &place, std::string_view bytes,
     ValueRecord value;
     switch (place.kind) {
         case RecordKind::kSubKey:
-            return MeasureSubKey(bytes, measures);
+            return MeasureSubKey(place.rest, bytes, measures);
         case RecordKind::kValue:
             if (!ParseValue(bytes, &value))
                 return Status::kStoreFailed;
@@ -138,7 +139,7 @@ Status MeasureKey(const Snapshot &snapshot, KeyId id, KeyMeasures *measures) noe
         RecordPlace place;
         if (!ParseRecordKey(key, &place))
             return Status::kStoreFailed;
-        if (place.id != id || place.kind == RecordKind::kValueOrder)
+        if (place.id != id || place.kind == RecordKind::kValueList)
             break;
         const Status record_status = MeasureRecord(place, bytes, &measured);
         if (record_status != Status::kSuccess)

@@ -10,6 +10,8 @@ namespace {
 
 // More keys are written back and forgotten, so that a large batch needs no large memory.
 constexpr std::size_t kMaxOpenKeys = 256;
+// Beyond the place of any value.
+constexpr std::uint64_t kLastPlace = ~std::uint64_t{0};
 
 // The time as FILETIME counts it.
 std::uint64_t Now() noexcept {
@@ -118,10 +120,15 @@ Status Writer::WriteBack(KeyId id, OpenKey *key) {
     return Put(place, scratch_);
 }
 
+Status Writer::WriteBackAll(KeyId id, OpenKey *key) {
+    const Status status = StoreListEnd(id, key);
+    return IsGood(status) && key->changed ? WriteBack(id, key) : status;
+}
+
 // Writes back what this transaction holds in memory.
 Status Writer::Flush() {
     for (auto &[id, key] : keys_) {
-        const Status status = key.changed ? WriteBack(id, &key) : Status::kSuccess;
+        const Status status = WriteBackAll(id, &key);
         if (!IsGood(status))
             return status;
     }
@@ -202,7 +209,7 @@ Status Writer::CreateSubKey(KeyId parent, std::string_view name, std::string_vie
     if (!IsGood(status))
         return Status::kStoreFailed;
     const RecordKey place(parent, RecordKind::kSubKey, name);
-    FormatSubKey(place, {id, class_text, name}, &scratch_);
+    FormatSubKey(place, id, class_text, name, &scratch_);
     status = Put(place, scratch_);
     if (!IsGood(status))
         return status;
@@ -237,25 +244,132 @@ Status Writer::SetValue(KeyId id, std::string_view name, std::uint32_t type,
     const int code =
         mdb_put(transaction_, Environment::kDatabase, &where, &content, MDB_NOOVERWRITE);
     if (code == MDB_SUCCESS)
-        return AddToOrder(id, key, name);
+        return AddValue(id, key, name, type, data);
     if (code != MDB_KEYEXIST)
         return StatusFromLmdb(code);
     ValueRecord stored;
     if (!ParseValue({static_cast<const char *>(content.mv_data), content.mv_size}, &stored))
         return Status::kStoreFailed;
-    FormatValue(place, {stored.place, type, data}, &scratch_);
+    const std::uint64_t place_in_list = stored.place;
+    FormatValue(place, {place_in_list, type, data}, &scratch_);
     Touch(key, false);
-    return Put(place, scratch_);
+    status = Put(place, scratch_);
+    const ValueRecord changed = {place_in_list, type, data};
+    return IsGood(status) ? ChangeInList(id, key, place_in_list, &changed) : status;
 }
 
-// The second half of a new value: its name at the end of the key's order.
-Status Writer::AddToOrder(KeyId id, OpenKey *key, std::string_view name) {
+// The second half of a new value: its place at the end of the key's list.
+Status Writer::AddValue(KeyId id, OpenKey *key, std::string_view name, std::uint32_t type,
+                        std::string_view data) {
+    changed_ = true;
     KeyRecord &record = Touch(key, true).record;
-    const RecordKey place(id, record.next_place++);
-    FormatValueOrder(place, name, &scratch_);
     ++record.values;
     ++growth_.values;
-    return Put(place, scratch_);
+    return AddToList(id, key, Listed(record.next_place++, name, type, data));
+}
+
+// The part of a key's list that has this place, or would have it; kNotFound without any before it.
+Status Writer::FindListPart(KeyId id, std::uint64_t place, std::uint64_t *first_place,
+                            std::string_view *bytes) {
+    Cursor cursor(Current());
+    std::string_view key;
+    const RecordKey wanted(id, place);
+    Status status = cursor.Seek(wanted.View(), &key, bytes);
+    if (status == Status::kNotFound)
+        status = cursor.Last(&key, bytes);
+    else if (IsGood(status) && key != wanted.View())
+        status = cursor.Previous(&key, bytes);
+    RecordPlace found;
+    if (!IsGood(status) || !ParseRecordKey(key, &found))
+        return IsGood(status) ? Status::kStoreFailed : status;
+    if (found.id != id || found.kind != RecordKind::kValueList)
+        return Status::kNotFound;
+    *first_place = LoadBigEndian(found.rest);
+    return Status::kSuccess;
+}
+
+Status Writer::LoadListEnd(KeyId id, OpenKey *key) {
+    std::uint64_t first_place = 0;
+    std::string_view bytes;
+    const Status status = FindListPart(id, kLastPlace, &first_place, &bytes);
+    if (status == Status::kNotFound)
+        key->list_end.Begin(0);
+    else if (!IsGood(status))
+        return status;
+    else if (!key->list_end.Resume(first_place, bytes))
+        return Status::kStoreFailed;
+    key->has_list_end = true;
+    return Status::kSuccess;
+}
+
+Status Writer::StorePart(KeyId id, ListPartMaker *part) {
+    return Put(RecordKey(id, part->FirstPlace()), part->Seal(id));
+}
+
+// Stores the end of the list if it was changed, and forgets it.
+Status Writer::StoreListEnd(KeyId id, OpenKey *key) {
+    const bool changed = key->list_end_changed;
+    key->has_list_end = false;
+    key->list_end_changed = false;
+    return changed ? StorePart(id, &key->list_end) : Status::kSuccess;
+}
+
+Status Writer::AddToList(KeyId id, OpenKey *key, const ListedValue &value) {
+    Status status = key->has_list_end ? Status::kSuccess : LoadListEnd(id, key);
+    if (!IsGood(status))
+        return status;
+    if (key->list_end.IsEmpty())
+        key->list_end.Begin(value.place);
+    if (!key->list_end.Add(value)) {
+        status = StoreListEnd(id, key);
+        if (!IsGood(status))
+            return status;
+        key->list_end.Begin(value.place);
+        key->has_list_end = true;
+        if (!key->list_end.Add(value))
+            return Status::kStoreFailed;
+    }
+    key->list_end_changed = true;
+    return Status::kSuccess;
+}
+
+// Replaces a value of the list, or takes it out of it when `changed` is null. What no longer fits
+// becomes a part of its own.
+Status Writer::ChangeInList(KeyId id, OpenKey *key, std::uint64_t place,
+                            const ValueRecord *changed) {
+    Status status = StoreListEnd(id, key);
+    std::uint64_t first_place = 0;
+    std::string_view bytes;
+    if (IsGood(status))
+        status = FindListPart(id, place, &first_place, &bytes);
+    if (!IsGood(status))
+        return status == Status::kNotFound ? Status::kStoreFailed : status;
+    const std::string stored(bytes);  // the map's bytes may move when a part is stored
+    ListPart old_part(first_place, stored);
+    ListPartMaker part;
+    part.Begin(first_place);
+    ListedValue value;
+    bool found = false;
+    while (IsGood(status) && old_part.Next(&value)) {
+        const bool is_the_one = value.place == place;
+        found = found || is_the_one;
+        if (is_the_one && changed == nullptr)
+            continue;
+        // A value keeps the name that it was created with.
+        if (is_the_one)
+            value = Listed(place, value.name, changed->type, changed->data);
+        if (part.Add(value))
+            continue;
+        status = StorePart(id, &part);
+        part.Begin(value.place);
+        if (!part.Add(value))
+            status = Status::kStoreFailed;
+    }
+    if (!IsGood(status))
+        return status;
+    if (!found || !old_part.IsFinished())
+        return Status::kStoreFailed;
+    return part.IsEmpty() ? Remove(RecordKey(id, first_place)) : StorePart(id, &part);
 }
 
 Status Writer::DeleteValue(KeyId id, std::string_view name) {
@@ -270,7 +384,7 @@ Status Writer::DeleteValue(KeyId id, std::string_view name) {
     const std::uint64_t place = value.place;
     status = Remove(RecordKey(id, RecordKind::kValue, name));
     if (IsGood(status))
-        status = Remove(RecordKey(id, place));
+        status = ChangeInList(id, key, place, nullptr);
     --Touch(key, true).record.values;
     --growth_.values;
     return status;

@@ -54,7 +54,7 @@ TEST_F(StatusTest, TellsAboutTheServer) {
     EXPECT_THAT(LineOf(result, "Registry server"),
                 HasSubstr("running, version 1.0.0, process " + std::to_string(Server().Process()) +
                           ", clients: "));
-    EXPECT_THAT(LineOf(result, "Store"), HasSubstr(Server().StoreFolder() + ", format 1, "));
+    EXPECT_THAT(LineOf(result, "Store"), HasSubstr(Server().StoreFolder() + ", format 2, "));
     EXPECT_EQ(LineOf(result, "Last import"), "Last import:     none is in the log of vlxfd");
 }
 

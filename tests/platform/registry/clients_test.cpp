@@ -265,7 +265,7 @@ TEST_F(OtherUserTest, WhatTheServerTellsOfItself) {
     EXPECT_EQ(info.qwStoreBytes, std::filesystem::file_size(server_.StoreFolder() + "/data.mdb"));
     EXPECT_STREQ(info.szVersion, VELOX_VERSION);
     EXPECT_GE(info.dwClients, 1U);
-    EXPECT_EQ(info.qwFormat, 1U);
+    EXPECT_EQ(info.qwFormat, 2U);
     CreateKey(kRoot, "ONE\\TWO");
     KES_REG_SERVER_INFO later = {};
     ASSERT_EQ(KesRegQueryServer(&later), ERROR_SUCCESS);

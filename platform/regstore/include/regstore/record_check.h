@@ -34,17 +34,19 @@ class RecordCheck : public RecordVisitor {
     struct Placed {
         std::uint64_t place;
         std::uint64_t name;  // hash of the folded name
+        std::uint64_t data;  // hash of type and data, when they stand in the list
         friend bool operator==(const Placed &, const Placed &) = default;
         friend bool operator<(const Placed &left, const Placed &right) noexcept {
-            return std::tie(left.place, left.name) < std::tie(right.place, right.name);
+            return std::tie(left.place, left.name, left.data) <
+                   std::tie(right.place, right.name, right.data);
         }
     };
 
-    bool VisitStore(const RecordPlace &place, std::string_view bytes);
+    bool VisitStore(std::string_view bytes, std::string *damage);
     bool VisitKey(const RecordPlace &place, std::string_view bytes);
     bool VisitSubKey(const RecordPlace &place, std::string_view bytes);
     bool VisitValue(const RecordPlace &place, std::string_view bytes);
-    bool VisitOrder(const RecordPlace &place, std::string_view bytes);
+    bool VisitList(const RecordPlace &place, std::string_view bytes);
     bool FinishKey();
     bool TiesAgree();
 
@@ -57,7 +59,7 @@ class RecordCheck : public RecordVisitor {
     KeyId largest_id_ = 0;
     std::uint32_t sub_keys_ = 0;
     std::vector<Placed> values_;
-    std::vector<Placed> order_;
+    std::vector<Placed> list_;
     std::vector<Tie> keys_;   // by themselves
     std::vector<Tie> links_;  // by their parents
     Totals totals_;

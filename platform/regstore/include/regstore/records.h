@@ -3,15 +3,16 @@
 // A record's key is the id of the registry key that it belongs to (8 bytes, big-endian, so that one
 // key's records lie side by side), one byte for the kind, and what the kind adds:
 //
-//   kind         adds                        holds
-//   kKey         -                           parent, time, counts, depth, spelled name, class
-//   kSubKey      folded name of a sub-key    the sub-key's id, its class, its spelled name
-//   kValue       folded name of a value      its place in the order, type, data
-//   kValueOrder  place (8 bytes big-endian)  the value's spelled name
+//   kind        adds                        holds
+//   kKey        -                           parent, time, counts, depth, spelled name, class
+//   kSubKey     folded name of a sub-key    the sub-key's id, its class, which letters are small
+//   kValue      folded name of a value      its place in the order, type, data
+//   kValueList  place (8 bytes big-endian)  a part of the list of values, see value_list.h
 //
-// The record of kStoreRecord's id tells the format and the next id to give out. Every record begins
-// with a checksum of its key and of the bytes that follow it; reading does not look at the
-// checksum, verification does. Numbers in records are little-endian.
+// The first record of all, kStoreRecord's, tells the format and the next id to give out. Every
+// record begins with a checksum of its key and of the bytes that follow it; reading does not look
+// at the checksum, verification does. Numbers in records take as many bytes as they need, see
+// number.h; records are small, so that what is read together fills few of the processor's lines.
 #ifndef REGSTORE_RECORDS_H
 #define REGSTORE_RECORDS_H
 
@@ -23,19 +24,20 @@
 #include <string_view>
 
 #include "regstore/names.h"
+#include "regstore/number.h"
 
 namespace regstore {
 
 static_assert(std::endian::native == std::endian::little);
 
-inline constexpr std::uint64_t kFormatVersion = 1;
-inline constexpr KeyId kStoreRecord = ~KeyId{0};
+inline constexpr std::uint64_t kFormatVersion = 2;
+inline constexpr KeyId kStoreRecord = 0;
 
 enum class RecordKind : unsigned char {
     kKey = 0,
     kSubKey = 1,
     kValue = 2,
-    kValueOrder = 3,
+    kValueList = 3,
     kEnd = 4
 };
 
@@ -53,7 +55,7 @@ class RecordKey {
         FoldName(name, bytes_ + kPrefixSize);
         size_ += name.size();
     }
-    RecordKey(KeyId id, std::uint64_t place) noexcept : RecordKey(id, RecordKind::kValueOrder) {
+    RecordKey(KeyId id, std::uint64_t place) noexcept : RecordKey(id, RecordKind::kValueList) {
         StoreBigEndian(bytes_ + kPrefixSize, place);
         size_ += sizeof place;
     }
@@ -101,11 +103,13 @@ struct KeyRecord {
     std::string_view class_text;
 };
 
-// Class and name stand in the sub-key's own record too: a list of sub-keys reads none of those.
+// Class and name of a sub-key stand here too: a list of sub-keys reads none of those. The name is
+// the folded one of the record's key, with the letters made small that `small_letters` tells of: a
+// bit for each byte of the name, the lowest first, without zero bytes at the end.
 struct SubKeyRecord {
     KeyId id = 0;
     std::string_view class_text;
-    std::string_view name;
+    std::string_view small_letters;
 };
 
 struct ValueRecord {
@@ -119,30 +123,35 @@ struct StoreRecord {
     KeyId next_id = 0;
 };
 
-inline constexpr std::size_t kChecksumSize = sizeof(std::uint64_t);
-inline constexpr std::size_t kValueHeaderSize = kChecksumSize + 8 + 4;
+inline constexpr std::size_t kChecksumSize = sizeof(std::uint32_t);
 
 // Each gives false when the bytes are too few to be such a record.
 bool ParseKey(std::string_view bytes, KeyRecord *record) noexcept;
 bool ParseSubKey(std::string_view bytes, SubKeyRecord *record) noexcept;
-bool ParseValueOrder(std::string_view bytes, std::string_view *name) noexcept;
 bool ParseStore(std::string_view bytes, StoreRecord *record) noexcept;
 
 inline bool ParseValue(std::string_view bytes, ValueRecord *record) noexcept {
-    if (bytes.size() < kValueHeaderSize)
+    if (bytes.size() < kChecksumSize)
         return false;
-    std::memcpy(&record->place, bytes.data() + kChecksumSize, sizeof record->place);
-    std::memcpy(&record->type, bytes.data() + kChecksumSize + 8, sizeof record->type);
-    record->data = bytes.substr(kValueHeaderSize);
+    bytes.remove_prefix(kChecksumSize);
+    if (!TakeNumber(&bytes, &record->place) || !TakeNumber(&bytes, &record->type))
+        return false;
+    record->data = bytes;
     return true;
 }
 
+// Adds the spelled name of a sub-key to a text.
+void AppendSpelledName(std::string_view folded, std::string_view small_letters, std::string *text);
+
 // Each replaces *bytes by the whole record, checksum included.
 void FormatKey(const RecordKey &key, const KeyRecord &record, std::string *bytes);
-void FormatSubKey(const RecordKey &key, const SubKeyRecord &record, std::string *bytes);
+void FormatSubKey(const RecordKey &key, KeyId id, std::string_view class_text,
+                  std::string_view name, std::string *bytes);
 void FormatValue(const RecordKey &key, const ValueRecord &record, std::string *bytes);
-void FormatValueOrder(const RecordKey &key, std::string_view name, std::string *bytes);
 void FormatStore(const RecordKey &key, const StoreRecord &record, std::string *bytes);
+
+// Completes a record whose content stands behind room for its checksum.
+void Seal(const RecordKey &key, std::string *bytes) noexcept;
 
 // Whether a record is the one that was stored under this key.
 bool ChecksumHolds(std::string_view key, std::string_view bytes) noexcept;

@@ -13,6 +13,7 @@
 
 #include "regstore/environment.h"
 #include "regstore/snapshot.h"
+#include "regstore/value_list.h"
 
 namespace regstore {
 
@@ -59,12 +60,16 @@ class Writer {
     std::size_t TransactionId() const noexcept { return mdb_txn_id(transaction_); }
 
   private:
-    // A key's record while it is being changed; written back by Flush.
+    // A key while it is being changed; written back by Flush. `list_end` is the last part of its
+    // list of values while values are added, so that many new ones do not store it again each time.
     struct OpenKey {
         KeyRecord record;
         std::string name;
         std::string class_text;
         bool changed = false;
+        ListPartMaker list_end;
+        bool has_list_end = false;
+        bool list_end_changed = false;
     };
 
     Snapshot Current() const noexcept { return {transaction_, Environment::kDatabase}; }
@@ -73,11 +78,20 @@ class Writer {
     Status Load(KeyId id, OpenKey **key);
     OpenKey &Touch(OpenKey *key, bool shape);
     Status WriteBack(KeyId id, OpenKey *key);
+    Status WriteBackAll(KeyId id, OpenKey *key);
     Status Flush();
     Status NextId(KeyId *id);
     Status CreateSubKey(KeyId parent, std::string_view name, std::string_view class_text,
                         KeyId *created);
-    Status AddToOrder(KeyId id, OpenKey *key, std::string_view name);
+    Status AddValue(KeyId id, OpenKey *key, std::string_view name, std::uint32_t type,
+                    std::string_view data);
+    Status FindListPart(KeyId id, std::uint64_t place, std::uint64_t *first_place,
+                        std::string_view *bytes);
+    Status LoadListEnd(KeyId id, OpenKey *key);
+    Status StoreListEnd(KeyId id, OpenKey *key);
+    Status AddToList(KeyId id, OpenKey *key, const ListedValue &value);
+    Status ChangeInList(KeyId id, OpenKey *key, std::uint64_t place, const ValueRecord *changed);
+    Status StorePart(KeyId id, ListPartMaker *part);
     Status RemoveKey(KeyId id);
     Status RemoveRecords(KeyId id);
     Status FirstSubKey(KeyId id, KeyId *found);
