@@ -47,12 +47,15 @@ template <typename T>
 [[nodiscard]] T *AllocateBlock(std::size_t cbBlock) noexcept {
     if constexpr (std::is_same_v<T, char>) {
         return AllocateText(cbBlock);
+    } else if constexpr (std::is_void_v<T>) {
+        return std::malloc(cbBlock);
     } else {
         return static_cast<T *>(std::calloc(1, cbBlock));
     }
 }
 
-// dwCount zeroed blocks, or empty texts, of cbBlock bytes; null when there is no memory.
+// dwCount blocks of cbBlock bytes: empty texts, or zeroed records, or (of void) bytes that the
+// caller fills at once. Null when there is no memory.
 template <typename T>
 [[nodiscard]] T **AllocateBlocks(const char *szFunction, const BLOCK_TEXTS &texts, DWORD dwCount,
                                  std::size_t cbBlock) noexcept {
